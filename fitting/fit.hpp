@@ -1,0 +1,29 @@
+// The fit menu, the dispatcher of the eleven models and the reference
+// curves, and the hook by which a plot draws a fit over its curves.
+#pragma once
+
+#include "control/session.hpp"
+
+namespace viewer {
+
+// Shows the fit menu in the menu window and takes a pick (1..18, 0 when the
+// device gives no cursor). Leaves the plot window selected.
+void fit_menu(Session& s, int& ID_F);
+
+// Runs pick `ID_F` on curve `CURVE` of `N_CURVES`, leaving its curve in
+// `fit_variables`.
+void fit(Session& s, int ID_F, int CURVE, int N_CURVES, int NP, const float* X, const float* Y);
+
+// How a plot's hook draws: the first colour index, and dashed or solid.
+struct FitStyle {
+    int first_colour = 1;
+    bool dashed = true;
+};
+
+// The fit hook of a plot: menu (unless drawing to a file), one `fit` per
+// curve, the result drawn, the arrays released. `Y2` is null on a
+// one-curve plot.
+void fit_hook(Session& s, int& ID_F, int NP, const float* X, const float* Y1, const float* Y2,
+              FitStyle style = {});
+
+}  // namespace viewer
