@@ -13,9 +13,11 @@ namespace viewer {
 // default run "rfgun" ".001" and prints the notice.
 void start_prog(Session& s, int argc, const char* const* argv, const std::tm& now);
 
-// Parses FNAME into PROJECT, RUN and RUN_NUMBER and prints the two lines
-// "Project name is: " and "Run number is:   ".
+// Parses FNAME into PROJECT, RUN and RUN_NUMBER.
 void parse_arguments(Session& s);
+
+// Prints the lines "Project name is: " and "Run number is:   ".
+void print_identity(Session& s);
 
 // "<project> <run digits>  <DD.MM  HH:MM>"
 void build_page_title(Session& s);

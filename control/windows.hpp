@@ -31,6 +31,9 @@ void title(Session& s);
 // Asks for the three texts of the label record of the plot on show.
 void change_title(Session& s);
 
+// Paper, colours, font, height and width of a hardcopy device.
+void set_hardcopy_look(Session& s);
+
 // The namelist group WIN_CONFIG: read over `cfg` (false on a read error),
 // and written with all nine keys in canonical order.
 bool read_win_config(std::istream& in, WinConfig& cfg);
