@@ -1,0 +1,18 @@
+#!/usr/bin/env bash
+# Builds the viewer and runs every test: the normal build (warnings as
+# errors), then the tests again under AddressSanitizer and
+# UndefinedBehaviorSanitizer.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+bash tools/setup.sh
+jobs=$(nproc 2>/dev/null || echo 2)
+
+cmake -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVIEWER_WERROR=ON >/dev/null
+cmake --build build -j"$jobs"
+(cd build && ctest --output-on-failure -j"$jobs")
+
+cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DVIEWER_WERROR=ON -DVIEWER_SANITIZE=ON >/dev/null
+cmake --build build-asan -j"$jobs" --target viewer_tests viewer
+# PGPLOT's own allocations are not ours to free; leaks there are not reported.
+(cd build-asan && ASAN_OPTIONS=detect_leaks=0 UBSAN_OPTIONS=print_stacktrace=1 \
+  ctest --output-on-failure -j"$jobs" -LE e2e)
