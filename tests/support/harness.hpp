@@ -115,7 +115,8 @@ inline std::vector<std::string> echoes(const std::string& console) {
     std::string line, rule = " " + std::string(74, '-');
     bool after = false;
     while (std::getline(ss, line)) {
-        if (after && !line.empty() && line[0] == ' ' && line.rfind("     ", 0) != 0) out.push_back(line.substr(1));
+        if (after && line != rule && !line.empty() && line[0] == ' ' && line.rfind("     ", 0) != 0)
+            out.push_back(line.substr(1));
         after = (line == rule);
     }
     return out;
