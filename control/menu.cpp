@@ -1,6 +1,7 @@
 // The menu widget.
 #include "control/menu.hpp"
 
+#include <ostream>
 #include <string>
 
 namespace viewer {
@@ -48,6 +49,7 @@ int menu(Session& s, int last, int page, int n_pages, int N) {
     else if (last >= 31) pg.pgcirc(X1 + kStep, menu_row_y(last - 30, N), kDot);
     pg.pgunsa();
     pg.pgebuf();
+    s.con.out.flush();  // everything said so far shows before the wait
 
     for (;;) {
         char ch = '\0';

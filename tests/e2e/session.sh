@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# The real viewer under Xvfb: windows open, a row is echoed, a page turns,
+# "to file" writes PostScript that ghostscript renders, "EXIT" ends with
+# status 0 and writes win_config.dat.
+VIEWER=$1
+SRC=$2
+source "$SRC/tests/e2e/lib/xsession.sh"
+
+RUN="$WORK/run"
+mkdir -p "$RUN"
+cp "$SRC"/examples/rfgun.* "$SRC"/examples/Geometry.dat "$RUN"/ 2>/dev/null || fail "no bundled example run"
+printf 'e2e.cps\n' >"$WORK/input"
+
+start_x
+start_viewer "$RUN" "$WORK/input" rfgun,1
+wait_for "     Project name is: rfgun"
+wait_for "     Run number is:   001"
+
+click_row 2
+wait_for " rms Beam Size"
+turn_page
+sleep 0.5
+click_row 25
+wait_for " EXIT"
+status=$(wait_exit)
+[ "$status" = 0 ] || fail "exit status $status"
+[ -s "$RUN/win_config.dat" ] || fail "win_config.dat not written"
+grep -q "&WIN_CONFIG" "$RUN/win_config.dat" || fail "win_config.dat has no group"
+# after the page turn, row 25 is still EXIT; row 2 of page 1 was drawn first
+grep -qF " rms Beam Size" "$WORK/out.txt" || fail "no echo"
+echo "e2e session: ok"
