@@ -1,0 +1,179 @@
+// Cost of a redraw of the beam-size plot over full .Xemit and .Yemit tables
+// (PKT records each), beside the cost of only reading the two tables, which
+// a redraw cannot beat. A redraw goes to a Graphics that does nothing (the
+// viewer's own share), to PGPLOT's /NULL device (with the library's own
+// clipping and transforms), and to a PostScript page (open, draw, close: a
+// hardcopy).
+#include <benchmark/benchmark.h>
+#include <stdlib.h>
+
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <sstream>
+#include <streambuf>
+#include <string>
+
+#include "control/fortran_format.hpp"
+#include "control/session.hpp"
+#include "evolution/plots.hpp"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace viewer;
+
+// Both tables, written once per process into a temporary directory.
+struct BeamTables {
+    fs::path dir;
+    BeamTables() {
+        std::string tmpl = (fs::temp_directory_path() / "plot_bench.XXXXXX").string();
+        if (!::mkdtemp(tmpl.data())) std::abort();
+        dir = tmpl;
+        for (const char* kind : {"Xemit", "Yemit"}) {
+            std::FILE* f = std::fopen((dir / (std::string("bench.") + kind + ".001")).c_str(), "w");
+            for (int r = 0; r < PKT; ++r) {
+                const double z = 0.3 + 1e-3 * r;  // m
+                const double size = 0.4 + 0.1 * std::sin(z * 5.0) + (kind[0] == 'Y' ? 0.05 : 0.0);
+                std::string line = fmt_e12_4(z) + fmt_e12_4(1e-9 * r) + fmt_e12_4(1e-3) + fmt_e12_4(size) +
+                                   fmt_e12_4(1.5) + fmt_e12_4(0.8 + 1e-5 * r) + fmt_e12_4(-1.0) + "\n";
+                std::fputs(line.c_str(), f);
+            }
+            std::fclose(f);
+        }
+    }
+    ~BeamTables() {
+        std::error_code ec;
+        fs::remove_all(dir, ec);
+    }
+};
+
+const BeamTables& tables() {
+    static const BeamTables t;
+    return t;
+}
+
+class NullGraphics final : public Graphics {
+public:
+    int pgopen(const std::string&) override { return 1; }
+    void pgslct(int) override {}
+    void pgclos() override {}
+    void pgend() override {}
+    void pgask(bool) override {}
+    void pgpap(float, float) override {}
+    void pgenv(float, float, float, float, int, int) override {}
+    void pglab(const std::string&, const std::string&, const std::string&) override {}
+    void pgbox(const std::string&, float, int, const std::string&, float, int) override {}
+    void pgswin(float, float, float, float) override {}
+    void pgsvp(float, float, float, float) override {}
+    void pgvsiz(float, float, float, float) override {}
+    void pgsubp(int, int) override {}
+    void pgpage() override {}
+    void pgpanl(int, int) override {}
+    void pgline(int n, const float* x, const float* y) override {
+        benchmark::DoNotOptimize(n);
+        benchmark::DoNotOptimize(x);
+        benchmark::DoNotOptimize(y);
+    }
+    void pgpt(int, const float*, const float*, int) override {}
+    void pgmove(float, float) override {}
+    void pgdraw(float, float) override {}
+    void pgrect(float, float, float, float) override {}
+    void pgcirc(float, float, float) override {}
+    void pgptxt(float, float, float, float, const std::string&) override {}
+    void pgtext(float, float, const std::string&) override {}
+    void pgeras() override {}
+    void pgsci(int) override {}
+    void pgsls(int) override {}
+    void pgslw(int) override {}
+    void pgsfs(int) override {}
+    void pgscf(int) override {}
+    void pgsch(float) override {}
+    void pgscr(int, float, float, float) override {}
+    void pgbbuf() override {}
+    void pgebuf() override {}
+    void pgsave() override {}
+    void pgunsa() override {}
+    void pgupdt() override {}
+    void pgqvp(int, float& a, float& b, float& c, float& d) override { a = c = 0, b = d = 1; }
+    void pgqvsz(int, float& a, float& b, float& c, float& d) override { a = c = 0, b = d = 1; }
+    void pgqwin(float& a, float& b, float& c, float& d) override { a = c = 0, b = d = 1; }
+};
+
+struct NullBuf : std::streambuf {
+    int overflow(int c) override { return c; }
+};
+
+// A session with both tables open on their units, as the run load leaves it.
+struct BenchSession {
+    NullBuf sink;
+    std::istringstream in;
+    std::ostream out{&sink};
+    ScriptedPointer ptr;
+    Session s;
+    explicit BenchSession(Graphics& g) : s(g, ptr, in, out, tables().dir.string()) {
+        for (int u : {10, 11})
+            if (!s.unit(u).open(s.path(u == 10 ? "bench.Xemit.001" : "bench.Yemit.001"))) std::abort();
+        s.fexist.Xemit_EXISTS = s.fexist.Yemit_EXISTS = true;
+        s.logo.COLOUR = true;
+        s.chara.PAGE_TITLE = "bench 001  01.01  00:00";
+    }
+};
+
+void BM_ReadBothTables(benchmark::State& state) {
+    NullGraphics g;
+    BenchSession b(g);
+    float x[7], y[7];
+    for (auto _ : state) {
+        int n = 0;
+        while (read_fixed(b.s.unit(10), x) && read_fixed(b.s.unit(11), y)) ++n;
+        b.s.unit(10).rewind();
+        b.s.unit(11).rewind();
+        if (n != PKT) state.SkipWithError("tables short");
+        benchmark::DoNotOptimize(x);
+        benchmark::DoNotOptimize(y);
+    }
+    state.SetItemsProcessed(state.iterations() * PKT);
+}
+BENCHMARK(BM_ReadBothTables)->Unit(benchmark::kMicrosecond);
+
+void BM_RedrawBeamSize_NullGraphics(benchmark::State& state) {
+    NullGraphics g;
+    BenchSession b(g);
+    for (auto _ : state) pgex2(b.s, PKT);
+    if (b.s.plot(2).NP != PKT) state.SkipWithError("not all points drawn");
+    state.SetItemsProcessed(state.iterations() * PKT);
+}
+BENCHMARK(BM_RedrawBeamSize_NullGraphics)->Unit(benchmark::kMicrosecond);
+
+void BM_RedrawBeamSize_PgplotNull(benchmark::State& state) {
+    auto g = make_pgplot_graphics();
+    const int id = g->pgopen("/NULL");
+    if (id <= 0) {
+        state.SkipWithError("no /NULL device");
+        return;
+    }
+    BenchSession b(*g);
+    for (auto _ : state) pgex2(b.s, PKT);
+    g->pgclos();
+    state.SetItemsProcessed(state.iterations() * PKT);
+}
+BENCHMARK(BM_RedrawBeamSize_PgplotNull)->Unit(benchmark::kMicrosecond);
+
+void BM_BeamSizePage_PostScript(benchmark::State& state) {
+    auto g = make_pgplot_graphics();
+    BenchSession b(*g);
+    const std::string device = (tables().dir / "page.ps").string() + "/PS";
+    for (auto _ : state) {
+        if (g->pgopen(device) <= 0) {
+            state.SkipWithError("cannot open the PostScript file");
+            break;
+        }
+        pgex2(b.s, PKT);
+        g->pgclos();
+    }
+    state.SetItemsProcessed(state.iterations() * PKT);
+}
+BENCHMARK(BM_BeamSizePage_PostScript)->Unit(benchmark::kMicrosecond);
+
+}  // namespace
