@@ -50,7 +50,7 @@ void end_store(Session& s) {
         return;
     }
     print_rule(out);
-    out << "     Data saved to reference file: " << pad(ref.store_name, 20) << '\n';
+    out << "     Data saved to reference file: " << trim_right(pad(ref.store_name, 20)) << '\n';
 }
 
 void refuse_read(Session& s, const std::string& message) {

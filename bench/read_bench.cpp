@@ -1,0 +1,172 @@
+// Reading speed of the run file readers, each beside a plain block read of
+// the same bytes, which is the limit a reader can approach. The tables are
+// written into a temporary directory when the benchmark binary starts:
+// a `.Xemit` of PKT fixed records and a `.track` of 10^6 free records.
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "control/fortran_format.hpp"
+#include "control/records.hpp"
+#include "evolution/run_files.hpp"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr long kTrackRecords = 1'000'000;
+
+// The generated tables; removed at exit.
+struct Tables {
+    fs::path dir;
+    std::string xemit, track;
+    long xemit_bytes = 0, track_bytes = 0;
+
+    Tables() {
+        std::string tmpl = (fs::temp_directory_path() / "read_bench.XXXXXX").string();
+        if (!::mkdtemp(tmpl.data())) std::abort();
+        dir = tmpl;
+        xemit = (dir / "bench.Xemit.001").string();
+        track = (dir / "bench.track.001").string();
+        std::mt19937 rng(12345);
+        std::uniform_real_distribution<double> mant(1.0, 9.9999);
+        std::uniform_int_distribution<int> ex(-6, 3);
+        std::uniform_int_distribution<int> sign(0, 1);
+        auto value = [&] { return (sign(rng) ? -1 : 1) * mant(rng) * std::pow(10.0, ex(rng)); };
+
+        std::FILE* f = std::fopen(xemit.c_str(), "w");
+        for (int r = 0; r < viewer::PKT; ++r) {
+            std::string line;
+            for (int k = 0; k < 7; ++k) line += viewer::fmt_e12_4(value());
+            line += '\n';
+            std::fputs(line.c_str(), f);
+        }
+        std::fclose(f);
+
+        f = std::fopen(track.c_str(), "w");
+        for (long r = 0; r < kTrackRecords; ++r) {
+            std::string line = viewer::fmt_i(r % 10 + 1, 5) + viewer::fmt_i(0, 5);
+            for (int k = 0; k < 6; ++k) line += viewer::fmt_e12_4(value());
+            line += '\n';
+            std::fputs(line.c_str(), f);
+        }
+        std::fclose(f);
+        xemit_bytes = static_cast<long>(fs::file_size(xemit));
+        track_bytes = static_cast<long>(fs::file_size(track));
+    }
+    ~Tables() {
+        std::error_code ec;
+        fs::remove_all(dir, ec);
+    }
+};
+
+const Tables& tables() {
+    static const Tables t;
+    return t;
+}
+
+void report(benchmark::State& state, long records, long bytes) {
+    state.SetItemsProcessed(state.iterations() * records);
+    state.SetBytesProcessed(state.iterations() * bytes);
+    state.counters["records"] = benchmark::Counter(static_cast<double>(records));
+}
+
+void BM_read_fixed_Xemit(benchmark::State& state) {
+    const Tables& t = tables();
+    viewer::TableFile f;
+    if (!f.open(t.xemit)) {
+        state.SkipWithError("cannot open the table");
+        return;
+    }
+    float r[7];
+    long n = 0;
+    for (auto _ : state) {
+        n = 0;
+        while (viewer::read_fixed(f, r)) ++n;
+        benchmark::DoNotOptimize(r);
+        f.rewind();
+    }
+    report(state, n, t.xemit_bytes);
+    state.counters["buffer_KiB"] = static_cast<double>(f.buffer_capacity()) / 1024;
+}
+
+void BM_read_free_track(benchmark::State& state) {
+    const Tables& t = tables();
+    viewer::TableFile f;
+    if (!f.open(t.track)) {
+        state.SkipWithError("cannot open the table");
+        return;
+    }
+    int i = 0, stat = 0;
+    float z, x, y, ez, er, bfi;
+    long n = 0;
+    for (auto _ : state) {
+        n = 0;
+        while (viewer::read_free(f, {&i, &stat, &z, &x, &y, &ez, &er, &bfi})) ++n;
+        benchmark::DoNotOptimize(z);
+        benchmark::DoNotOptimize(bfi);
+        f.rewind();
+    }
+    report(state, n, t.track_bytes);
+    state.counters["buffer_KiB"] = static_cast<double>(f.buffer_capacity()) / 1024;
+}
+
+// The same bytes through read() in blocks of the reader's size, nothing parsed.
+void plain_read(benchmark::State& state, const std::string& path, long bytes) {
+    int fd = ::open(path.c_str(), O_RDONLY);
+    if (fd < 0) {
+        state.SkipWithError("cannot open the table");
+        return;
+    }
+    std::vector<char> buf(1 << 18);
+    for (auto _ : state) {
+        ::lseek(fd, 0, SEEK_SET);
+        long total = 0;
+        ssize_t got;
+        while ((got = ::read(fd, buf.data(), buf.size())) > 0) total += got;
+        benchmark::DoNotOptimize(total);
+        benchmark::DoNotOptimize(buf.data());
+    }
+    ::close(fd);
+    state.SetBytesProcessed(state.iterations() * bytes);
+}
+
+void BM_plain_read_Xemit(benchmark::State& state) {
+    plain_read(state, tables().xemit, tables().xemit_bytes);
+}
+void BM_plain_read_track(benchmark::State& state) {
+    plain_read(state, tables().track, tables().track_bytes);
+}
+
+// One E12.4 field, the inner step of every fixed record.
+void BM_parse_E12_4_field(benchmark::State& state) {
+    std::vector<std::string> fields;
+    std::mt19937 rng(7);
+    std::uniform_real_distribution<double> mant(1.0, 9.9999);
+    std::uniform_int_distribution<int> ex(-6, 3);
+    for (int k = 0; k < 4096; ++k) fields.push_back(viewer::fmt_e12_4(mant(rng) * std::pow(10.0, ex(rng))));
+    std::size_t k = 0;
+    float v = 0;
+    for (auto _ : state) {
+        viewer::parse_fortran_real(fields[k++ & 4095], 4, v);
+        benchmark::DoNotOptimize(v);
+    }
+    state.SetItemsProcessed(state.iterations());
+    state.SetBytesProcessed(state.iterations() * 12);
+}
+
+BENCHMARK(BM_read_fixed_Xemit)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_plain_read_Xemit)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_read_free_track)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_plain_read_track)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_parse_E12_4_field);
+
+}  // namespace
