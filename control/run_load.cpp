@@ -69,7 +69,7 @@ void open_unit(Session& s, int unit, const std::string& name) {
 }
 
 // Text records: non-blank lines. Nullopt when the file looks binary: an "H"
-// or a NUL byte in the first item of a line.
+// in the first item of a line, for a text table starts with numbers.
 std::optional<int> count_text(TableFile& f) {
     int count = 0;
     std::string_view line;
@@ -82,8 +82,7 @@ std::optional<int> count_text(TableFile& f) {
                line[j] != '\t')
             ++j;
         std::string_view dummy = line.substr(i, j - i);
-        if (dummy.find('H') != std::string_view::npos || dummy.find('\0') != std::string_view::npos)
-            return std::nullopt;
+        if (dummy.find('H') != std::string_view::npos) return std::nullopt;
         ++count;
     }
     return count;

@@ -40,7 +40,7 @@ void parse_arguments(Session& s) {
     const auto comma = f.find(',');
     auto project_before = [&](std::size_t p) {  // p: 0-based position of the delimiter
         std::size_t len = (p > 0 && f[p - 1] == '.') ? p - 1 : p;
-        return std::string(up_to_blank(f.substr(0, len)));
+        return f.substr(0, len);
     };
     if (comma != std::string::npos) {
         s.chara.PROJECT = project_before(comma);
@@ -50,7 +50,7 @@ void parse_arguments(Session& s) {
                                                       : digits.find_first_not_of(' '))));
         if (auto c = tok.find_first_of(",/"); c != std::string::npos) tok.resize(c);
         auto v = parse_int_token(tok);
-        if (!v || *v < 1 || *v > 999) {
+        if (!v || *v < 0 || *v > 999) {
             // The run must write as three digits for file names to be formed.
             s.con.out << "\n     Run number not understood: \"" << std::string(trim_right(digits))
                       << "\", run 001 is used\n";
@@ -60,14 +60,14 @@ void parse_arguments(Session& s) {
         }
     } else {
         const auto blank = f.find(' ');
-        s.chara.PROJECT = project_before(blank == std::string::npos ? f.size() : blank);
+        s.chara.PROJECT = project_before(blank == std::string::npos ? f.size() : blank);  // ends at the blank
         s.RUN_NUMBER = 1;
     }
     s.chara.RUN = "." + run_digits(s.RUN_NUMBER);
 }
 
 void print_identity(Session& s) {
-    s.con.out << "\n     Project name is: " << s.chara.PROJECT.substr(0, 50) << "\n"
+    s.con.out << "\n     Project name is: " << trim_right(s.chara.PROJECT.substr(0, 50)) << "\n"
               << "     Run number is:   " << s.chara.RUN.substr(1, 3) << "\n";
 }
 

@@ -53,6 +53,9 @@ public:
             }
         }
     }
+    void skip_blanks() {
+        while (p_ < t_.size() && (t_[p_] == ' ' || t_[p_] == '\t' || t_[p_] == '\r' || t_[p_] == '\n')) ++p_;
+    }
     bool at_end() const { return p_ >= t_.size(); }
     char peek() const { return p_ < t_.size() ? t_[p_] : '\0'; }
     void advance() { ++p_; }
@@ -105,7 +108,9 @@ bool read_win_config(std::istream& in, WinConfig& cfg) {
     ss << in.rdbuf();
     NamelistLexer lx(ss.str());
     if (!lx.find_group("WIN_CONFIG")) return true;  // only the end of the file: defaults stand
-    WinConfig next = cfg;
+    // Keys take their values as they are read, so that what precedes a
+    // broken key is kept, as a namelist read does.
+    WinConfig& next = cfg;
     for (;;) {
         lx.skip();
         if (lx.at_end()) return false;  // group never closed
@@ -119,6 +124,8 @@ bool read_win_config(std::istream& in, WinConfig& cfg) {
         lx.skip();
         if (key.empty() || lx.peek() != '=') return false;
         lx.advance();
+        lx.skip_blanks();
+        if (lx.peek() == ',' || lx.peek() == '/') continue;  // a null value keeps the key as it is
         lx.skip();
         std::string val = lx.word();
         if (val.empty()) return false;
@@ -145,7 +152,6 @@ bool read_win_config(std::istream& in, WinConfig& cfg) {
         else return false;  // an unknown key is a read error
         if (!ok) return false;
     }
-    cfg = next;
     return true;
 }
 

@@ -66,10 +66,14 @@ TEST(Startup, ArgumentForms) {
     p = parse("rfgun 12");  // the project ends at the first blank
     EXPECT_EQ(p.project, "rfgun");
     EXPECT_EQ(p.run, ".001");
+
+    p = parse("my proj,3");  // before a comma the blanks stay; file names stop at the first
+    EXPECT_EQ(p.project, "my proj");
+    EXPECT_EQ(p.run, ".003");
 }
 
 TEST(Startup, RunFieldThatIsNoRunNumber) {
-    for (const char* bad : {"rfgun,abc", "rfgun,", "rfgun,   ", "rfgun,0", "rfgun,-5", "rfgun,1.5"}) {
+    for (const char* bad : {"rfgun,abc", "rfgun,", "rfgun,   ", "rfgun,-5", "rfgun,1.5"}) {
         auto p = parse(bad);
         EXPECT_EQ(p.run, ".001") << bad;
         EXPECT_EQ(p.number, 1) << bad;
@@ -78,6 +82,9 @@ TEST(Startup, RunFieldThatIsNoRunNumber) {
     auto p = parse("rfgun,999");
     EXPECT_EQ(p.run, ".999");
     EXPECT_EQ(p.console, "");
+    p = parse("rfgun,000");  // run 0 still writes as three digits
+    EXPECT_EQ(p.run, ".000");
+    EXPECT_EQ(p.number, 0);
 }
 
 TEST(Startup, NoticeIdentityAndDate) {
