@@ -19,13 +19,12 @@ wait_for "     Run number is:   001"
 click_row 2
 wait_for " rms Beam Size"
 turn_page
-sleep 0.5
+click_row 1
+wait_for " Energy vs. Phase"
 click_row 25
 wait_for " EXIT"
 status=$(wait_exit)
 [ "$status" = 0 ] || fail "exit status $status"
 [ -s "$RUN/win_config.dat" ] || fail "win_config.dat not written"
 grep -q "&WIN_CONFIG" "$RUN/win_config.dat" || fail "win_config.dat has no group"
-# after the page turn, row 25 is still EXIT; row 2 of page 1 was drawn first
-grep -qF " rms Beam Size" "$WORK/out.txt" || fail "no echo"
 echo "e2e session: ok"

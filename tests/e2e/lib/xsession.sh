@@ -19,20 +19,18 @@ stop_all() {
 trap stop_all EXIT
 
 start_x() {
-  local n
-  for n in $(seq 91 180); do
-    if [ ! -e "/tmp/.X$n-lock" ] && [ ! -e "/tmp/.X11-unix/X$n" ]; then
-      Xvfb ":$n" -screen 0 1600x1200x24 -dpi 100 -nolisten tcp >/dev/null 2>&1 &
-      XPID=$!
-      export DISPLAY=":$n"
-      for _ in $(seq 1 50); do
-        [ -e "/tmp/.X11-unix/X$n" ] && return 0
-        sleep 0.1
-      done
-      kill "$XPID" 2>/dev/null || true
+  # Xvfb picks a free display itself and names it once it accepts clients.
+  : >"$WORK/display"
+  Xvfb -displayfd 4 -screen 0 1600x1200x24 -dpi 100 -nolisten tcp 4>"$WORK/display" >/dev/null 2>&1 &
+  XPID=$!
+  for _ in $(seq 1 100); do
+    if [ -s "$WORK/display" ]; then
+      export DISPLAY=":$(tr -dc '0-9' <"$WORK/display")"
+      xdpyinfo >/dev/null 2>&1 && return 0
     fi
+    sleep 0.1
   done
-  fail "no free X display"
+  fail "Xvfb did not start"
 }
 
 # start_viewer DIR INPUTFILE ARGS...: runs the viewer in DIR with standard input from INPUTFILE.
