@@ -82,7 +82,11 @@ void ensure_geometry(Session& s) {
     s.logo.GEOMETRY_LOADED = true;
 }
 
-void overlay_upper(Session& s, float ZMIN, float ZMAX, float YMIN, float YMAX) {
+namespace {
+
+// The outline in the overlay window, once or mirrored about the axis; the
+// plot's own window comes back afterwards.
+void overlay_window(Session& s, float ZMIN, float ZMAX, float YMIN, float YMAX, bool mirrored) {
     Graphics& pg = s.pg;
     const float RMAX = overlay_half_height(s.geometry);
     pg.pgbbuf();
@@ -91,6 +95,11 @@ void overlay_upper(Session& s, float ZMIN, float ZMAX, float YMIN, float YMAX) {
     pg.pgsci(1);
     pg.pgsls(2);  // black and dashed on every device
     outline(s);
+    if (mirrored) {
+        negate(s.geometry.GEOM_R);
+        outline(s);
+        negate(s.geometry.GEOM_R);
+    }
     pg.pgsls(1);
     pg.pgswin(ZMIN, ZMAX, YMIN, YMAX);
     pg.pgunsa();
@@ -98,23 +107,14 @@ void overlay_upper(Session& s, float ZMIN, float ZMAX, float YMIN, float YMAX) {
     pg.pgupdt();
 }
 
+}  // namespace
+
+void overlay_upper(Session& s, float ZMIN, float ZMAX, float YMIN, float YMAX) {
+    overlay_window(s, ZMIN, ZMAX, YMIN, YMAX, false);
+}
+
 void overlay_mirrored(Session& s, float ZMIN, float ZMAX, float YMIN, float YMAX) {
-    Graphics& pg = s.pg;
-    const float RMAX = overlay_half_height(s.geometry);
-    pg.pgbbuf();
-    pg.pgsave();
-    pg.pgswin(ZMIN, ZMAX, -RMAX, RMAX);
-    pg.pgsci(1);
-    pg.pgsls(2);
-    outline(s);
-    negate(s.geometry.GEOM_R);
-    outline(s);
-    negate(s.geometry.GEOM_R);
-    pg.pgsls(1);
-    pg.pgswin(ZMIN, ZMAX, YMIN, YMAX);
-    pg.pgunsa();
-    pg.pgebuf();
-    pg.pgupdt();
+    overlay_window(s, ZMIN, ZMAX, YMIN, YMAX, true);
 }
 
 void overlay_two_panels(Session& s, float ZMIN, float ZMAX, float YMIN, float YMAX) {

@@ -8,6 +8,7 @@
 #include <cassert>
 #include <cmath>
 #include <ostream>
+#include <span>
 #include <utility>
 
 namespace viewer {
@@ -296,50 +297,48 @@ void odd_pol(Session& s, const FitCall& c) {
     }
 }
 
-void gauss_fit(Session& s, const FitCall& c) {
-    const IterativeFit r = solve_gauss_fit(c.xs(), c.ys());
-    if (!admitted(s, r)) return;
+namespace {
+
+// The report and curve of a Gaussian fit of one or two terms: header,
+// minimiser messages, the parameter lines, chi squared, the summed terms.
+void report_gaussians(Session& s, const FitCall& c, const IterativeFit& r, const char* header,
+                      std::span<const char* const> labels, int terms) {
     std::ostream& out = s.con.out;
-    print_header(out, c, "gauss fit: Y = a/(sqrt(2*Pi)*sig)*exp(-0.5*((x-x0)/sig)**2)");
+    print_header(out, c, header);
     report(out, r.lm);
     if (r.lm == LmStatus::singular) {
         s.fit_variables.N_FIT = 0;
         return;
     }
-    print_value(out, "a   =  ", r.A[0]);
-    print_value(out, "sig =  ", r.A[1]);
-    print_value(out, "x0  =  ", r.A[2]);
+    for (std::size_t i = 0; i < labels.size(); ++i) print_value(out, labels[i], r.A[i]);
     print_value(out, "chi squared =  ", r.CHISQ);
     const CurveSlots slots = allocate_curve(s.fit_variables, c.CURVE, 200);
     grid_first_to_last(slots.x, c.xs());
-    for (std::size_t i = 0; i < slots.x.size(); ++i)
-        slots.y[i] = static_cast<float>(gauss_curve(slots.x[i], r.A.data()));
+    for (std::size_t i = 0; i < slots.x.size(); ++i) {
+        double y = 0;
+        for (int t = 0; t < terms; ++t) y += gauss_curve(slots.x[i], r.A.data() + 3 * t);
+        slots.y[i] = static_cast<float>(y);
+    }
+}
+
+}  // namespace
+
+void gauss_fit(Session& s, const FitCall& c) {
+    const IterativeFit r = solve_gauss_fit(c.xs(), c.ys());
+    if (!admitted(s, r)) return;
+    static constexpr const char* kLabels[] = {"a   =  ", "sig =  ", "x0  =  "};
+    report_gaussians(s, c, r, "gauss fit: Y = a/(sqrt(2*Pi)*sig)*exp(-0.5*((x-x0)/sig)**2)", kLabels, 1);
 }
 
 void dgauss_fit(Session& s, const FitCall& c) {
     const IterativeFit r = solve_dgauss_fit(c.xs(), c.ys());
     if (!admitted(s, r)) return;
-    std::ostream& out = s.con.out;
-    print_header(out, c,
-                 "gauss fit: Y = a_1/(sqrt(2*Pi)*sig_1)*exp(-0.5*((x-x0_1)/sig_1)**2)+\n"
-                 "                    a_2/(sqrt(2*Pi)*sig_2)*exp(-0.5*((x-x0_2)/sig_2)**2)");
-    report(out, r.lm);
-    if (r.lm == LmStatus::singular) {
-        s.fit_variables.N_FIT = 0;
-        return;
-    }
-    print_value(out, "a_1   =  ", r.A[0]);
-    print_value(out, "sig_1 =  ", r.A[1]);
-    print_value(out, "x0_1  =  ", r.A[2]);
-    print_value(out, "a_2   =  ", r.A[3]);
-    print_value(out, "sig_2 =  ", r.A[4]);
-    print_value(out, "x0_2  =  ", r.A[5]);
-    print_value(out, "chi squared =  ", r.CHISQ);
-    const CurveSlots slots = allocate_curve(s.fit_variables, c.CURVE, 200);
-    grid_first_to_last(slots.x, c.xs());
-    for (std::size_t i = 0; i < slots.x.size(); ++i)
-        slots.y[i] =
-            static_cast<float>(gauss_curve(slots.x[i], r.A.data()) + gauss_curve(slots.x[i], r.A.data() + 3));
+    static constexpr const char* kLabels[] = {"a_1   =  ", "sig_1 =  ", "x0_1  =  ",
+                                              "a_2   =  ", "sig_2 =  ", "x0_2  =  "};
+    report_gaussians(s, c, r,
+                     "gauss fit: Y = a_1/(sqrt(2*Pi)*sig_1)*exp(-0.5*((x-x0_1)/sig_1)**2)+\n"
+                     "                    a_2/(sqrt(2*Pi)*sig_2)*exp(-0.5*((x-x0_2)/sig_2)**2)",
+                     kLabels, 2);
 }
 
 }  // namespace viewer
