@@ -1,38 +1,19 @@
 // The nine beam plots as rows of one table: which columns they draw, their
-// rule for the ordinate, labels, overlay form and page foot; and the
-// velocity that pgex9 makes of the energy.
+// rule for the ordinate, labels and overlay form; and the velocity that
+// pgex9 makes of the energy.
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
-#include <array>
 #include <cmath>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
-#include "control/fortran_format.hpp"
-#include "control/session.hpp"
 #include "evolution/frame.hpp"
 #include "evolution/plots.hpp"
+#include "tests/support/harness.hpp"
 
 using namespace viewer;
-namespace fs = std::filesystem;
 
 namespace {
-
-struct TempDir {
-    TempDir() {
-        char t[] = "/tmp/beam_test_XXXXXX";
-        path = ::mkdtemp(t);
-    }
-    ~TempDir() {
-        std::error_code ec;
-        fs::remove_all(path, ec);
-    }
-    std::string path;
-};
 
 constexpr int kRows = 3;
 
@@ -43,28 +24,20 @@ float cell(float base, int field, int row) {
 }
 
 struct BeamPlotsTest : ::testing::Test {
-    TempDir tmp;
-    RecordingGraphics rec;
-    ScriptedPointer ptr;
-    std::istringstream in;
-    std::ostringstream out;
-    Session s{rec, ptr, in, out, tmp.path};
+    viewer::testing::Harness h;
+    Session& s = h.session();
+    RecordingGraphics& rec = h.g;
 
-    void table(int unit, bool Fexist::*flag, const std::string& name, float base) {
-        std::ofstream f(s.path(name));
-        for (int r = 0; r < kRows; ++r) {
-            for (int k = 0; k < 7; ++k) f << fmt_e12_4(cell(base, k, r));
-            f << "\n";
-        }
-        f.close();
-        ASSERT_TRUE(s.unit(unit).open(s.path(name)));
-        s.fexist.*flag = true;
+    void table(int unit, bool Fexist::*present, const std::string& name, float base) {
+        std::vector<std::vector<float>> rows(kRows);
+        for (int r = 0; r < kRows; ++r)
+            for (int k = 0; k < 7; ++k) rows[static_cast<std::size_t>(r)].push_back(cell(base, k, r));
+        viewer::testing::open_table(s, unit, present, name, viewer::testing::fixed_records(rows));
     }
     void SetUp() override {
         table(10, &Fexist::Xemit_EXISTS, "p.Xemit.001", 0);
         table(11, &Fexist::Yemit_EXISTS, "p.Yemit.001", 100);
         table(12, &Fexist::Zemit_EXISTS, "p.Zemit.001", 200);
-        s.chara.PAGE_TITLE = "p 001  01.02  03:04";
     }
 };
 
@@ -95,13 +68,12 @@ const Member kMembers[] = {
 
 TEST_F(BeamPlotsTest, EachMemberDrawsItsColumnsWithItsRuleLabelsAndOverlay) {
     s.geometry = {{1.0f, 3.0f}, {2.0f, 4.0f}, 1.0f, 3.0f, 4.0f, 2};
-    s.logo.GEOMETRY_LOADED = true;
-    s.logo.WITH_GEOMETRY = true;
-    s.logo.COLOUR = true;
+    s.logo.GEOMETRY_LOADED = s.logo.WITH_GEOMETRY = s.logo.COLOUR = true;
 
     for (const Member& m : kMembers) {
         SCOPED_TRACE(m.number);
         rec.clear();
+        h.out.str("");
         m.plot(s, PKT);
 
         const auto lab = rec.named("pglab");
@@ -121,10 +93,9 @@ TEST_F(BeamPlotsTest, EachMemberDrawsItsColumnsWithItsRuleLabelsAndOverlay) {
             EXPECT_EQ(lines[1]->ys, y2);
         }
 
-        const float top = curves == 2 ? y2.back() : y1.back();
         const auto env = rec.named("pgenv");
         ASSERT_EQ(env.size(), 1u);
-        EXPECT_FLOAT_EQ(static_cast<float>(env[0]->args[3]), 1.2f * top);
+        EXPECT_FLOAT_EQ(static_cast<float>(env[0]->args[3]), 1.2f * (curves == 2 ? y2.back() : y1.back()));
         EXPECT_FLOAT_EQ(static_cast<float>(env[0]->args[2]), m.margin ? 0.8f * y1.front() : 0.0f);
 
         // The outline in its own window, then the plot's window back.
@@ -132,41 +103,20 @@ TEST_F(BeamPlotsTest, EachMemberDrawsItsColumnsWithItsRuleLabelsAndOverlay) {
         ASSERT_GE(win.size(), 2u);
         EXPECT_FLOAT_EQ(static_cast<float>(win[0]->args[2]), -1.05f * 4.0f);
         EXPECT_FLOAT_EQ(static_cast<float>(win[0]->args[3]), 1.05f * 4.0f);
-        EXPECT_EQ(std::vector<double>(win[1]->args.begin(), win[1]->args.end()),
-                  std::vector<double>(env[0]->args.begin(), env[0]->args.begin() + 4));
+        EXPECT_EQ(win[1]->args, std::vector<double>(env[0]->args.begin(), env[0]->args.begin() + 4));
 
         // Statistics of one or two curves.
-        EXPECT_EQ(out.str().find("1: black (horizontal)") != std::string::npos, curves == 2);
-        out.str("");
+        EXPECT_EQ(h.console().find("1: black (horizontal)") != std::string::npos, curves == 2);
     }
-}
-
-TEST_F(BeamPlotsTest, PageFootIsLeftOutDuringAnOverview) {
-    using Plot = void (*)(Session&, int);
-    for (Plot p : {pgex1, pgex2, pgex3, pgex4, pgex5, pgex6, pgex7, pgex8, pgex9}) {
-        rec.clear();
-        s.logo.OVERVIEW = false;
-        p(s, PKT);
-        const auto foot = rec.named("pgptxt");
-        ASSERT_EQ(foot.size(), 1u);
-        EXPECT_EQ(foot[0]->texts.at(0).substr(0, 19), "p 001  01.02  03:04");
-
-        rec.clear();
-        s.logo.OVERVIEW = true;
-        p(s, PKT);
-        EXPECT_TRUE(rec.named("pgptxt").empty());
-        EXPECT_EQ(rec.calls.back().name, "pgupdt");
-    }
+    // Each plot keeps its own saved values.
+    EXPECT_FLOAT_EQ(s.plot(1).MAX_A[0], cell(0, xemit::NX_EMIT, kRows - 1));
+    EXPECT_FLOAT_EQ(s.plot(4).MAX_A[0], cell(200, zemit::NZ_EMIT, kRows - 1));
+    EXPECT_EQ(s.plot(4).NP, kRows);
 }
 
 TEST_F(BeamPlotsTest, VelocityFromEnergy) {
-    s.unit(12).close();
-    {
-        std::ofstream f(s.path("v.Zemit.001"));
-        for (float e : {0.0f, 0.511f, 10.0f})
-            f << fmt_e12_4(1) << fmt_e12_4(0) << fmt_e12_4(e) << "\n";
-    }
-    ASSERT_TRUE(s.unit(12).open(s.path("v.Zemit.001")));
+    viewer::testing::open_table(s, 12, &Fexist::Zemit_EXISTS, "v.Zemit.001",
+                                viewer::testing::fixed_records({{1, 0, 0}, {1, 0, 0.511f}, {1, 0, 10}}));
     pgex9(s, PKT);
 
     const auto lines = rec.named("pgline");
@@ -180,18 +130,11 @@ TEST_F(BeamPlotsTest, VelocityFromEnergy) {
     // The statistics and the range are of beta, not of the energy.
     const double gamma = 1.0 + 10.0 / 0.511;
     const double beta10 = std::sqrt(1.0 - 1.0 / (gamma * gamma));
-    EXPECT_NE(out.str().find("     maximum:                   " + fmt_d(beta10)), std::string::npos) << out.str();
+    EXPECT_NE(h.console().find("     maximum:                   " + fmt_d(beta10)), std::string::npos)
+        << h.console();
     const auto env = rec.named("pgenv");
     EXPECT_FLOAT_EQ(static_cast<float>(env[0]->args[2]), 0.0f);
     EXPECT_NEAR(env[0]->args[3], 1.2 * beta10, 1e-5);
-    EXPECT_EQ(rec.named("pglab")[0]->texts, (std::vector<std::string>{"\\fiz m", "\\gb", "Particle velocity"}));
-}
-
-TEST_F(BeamPlotsTest, EachPlotKeepsItsOwnSavedValues) {
-    pgex1(s, PKT);
-    pgex4(s, PKT);
-    EXPECT_EQ(s.plot(1).NP, kRows);
-    EXPECT_FLOAT_EQ(s.plot(1).MAX_A[0], cell(0, xemit::NX_EMIT, kRows - 1));
-    EXPECT_FLOAT_EQ(s.plot(4).MAX_A[0], cell(200, zemit::NZ_EMIT, kRows - 1));
-    EXPECT_EQ(s.plots.count(2), 0u);
+    EXPECT_EQ(rec.named("pglab")[0]->texts,
+              (std::vector<std::string>{"\\fiz m", "\\gb", "Particle velocity"}));
 }

@@ -1,190 +1,138 @@
 // The aperture outline: reading the file (limits, half records, the prompt
-// for another name, the stop on a bad number) and the three ways of laying
-// it over a plot.
+// for another name, the stop on a bad number) and laying it over a plot.
+#include "evolution/geometry.hpp"
+
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "control/fortran_format.hpp"
-#include "control/session.hpp"
-#include "evolution/geometry.hpp"
 #include "evolution/plots.hpp"
+#include "tests/support/harness.hpp"
 
 using namespace viewer;
-namespace fs = std::filesystem;
+using viewer::testing::trace;
 
 namespace {
 
-struct TempDir {
-    TempDir() {
-        char t[] = "/tmp/geom_test_XXXXXX";
-        path = ::mkdtemp(t);
-    }
-    ~TempDir() {
-        std::error_code ec;
-        fs::remove_all(path, ec);
-    }
-    std::string path;
-};
-
 struct GeometryTest : ::testing::Test {
-    TempDir tmp;
-    RecordingGraphics rec;
-    ScriptedPointer ptr;
-    std::istringstream in;
-    std::ostringstream out;
-    Session s{rec, ptr, in, out, tmp.path};
+    viewer::testing::Harness h;
+    Session& s = h.session();
+    RecordingGraphics& rec = h.g;
 
-    void file(const std::string& name, const std::string& text) { std::ofstream(s.path(name)) << text; }
-    void answers(const std::string& text) { in.str(text); }
-
-    // Call names from the first pgswin on, with the sign of each outline.
-    std::vector<std::string> overlay_trace() const {
-        std::vector<std::string> t;
-        for (const auto& c : rec.calls) {
-            std::string e = c.name;
-            if (c.name == "pgsls" || c.name == "pgsci") e += std::to_string(static_cast<int>(c.args[0]));
-            if (c.name == "pgline") e += (c.ys.empty() || c.ys[0] >= 0) ? "+" : "-";
-            t.push_back(e);
-        }
-        return t;
-    }
+    void file(const std::string& text) { h.dir.write("Geometry.dat", text); }
 };
 
 }  // namespace
 
-TEST_F(GeometryTest, ReadsTheDefaultFileWithStepsAndNegativeRadii) {
-    file("Geometry.dat", "0.0 10.0\n0.5, 10.0\n0.5 -20.0\n  \n1.5\n 5.0\n-0.2 4.0 99\n");
-    load_geom(s);
-    const Geometry& g = s.geometry;
-    EXPECT_EQ(out.str(), "");
-    EXPECT_EQ(g.GEOM_N, 5);
-    EXPECT_EQ(g.GEOM_Z, (std::vector<float>{0.0f, 0.5f, 0.5f, 1.5f, -0.2f}));
-    EXPECT_EQ(g.GEOM_R, (std::vector<float>{10.0f, 10.0f, -20.0f, 5.0f, 4.0f}));
-    EXPECT_FLOAT_EQ(g.GEOM_ZMIN, -0.2f);
-    EXPECT_FLOAT_EQ(g.GEOM_ZMAX, 1.5f);
-    EXPECT_FLOAT_EQ(g.GEOM_RMAX, 10.0f);
-}
-
-TEST_F(GeometryTest, EdgesOfTheFile) {
+TEST_F(GeometryTest, ReadsTheDefaultFileItsEdgesAndItsLimit) {
     struct Case {
-        const char* text;
+        std::string text;
         int n;
         float rmax, zmin, zmax;
+        std::vector<float> z{}, r{};  // when given
     };
+    std::ostringstream many;  // the point behind the limit is not read, without a word
+    for (int i = 1; i <= GEOM_MAX + 1; ++i) many << i << " " << (i == GEOM_MAX + 1 ? 1000 : 1) << "\n";
     const Case cases[] = {
-        {"", 0, 0.1f, 0, 0},                        // empty: nothing to draw
-        {"1.0 0.0\n2.0 0\n", 2, 0.1f, 1, 2},        // all radii zero
-        {"3.0 2.0\n", 1, 2.0f, 3, 3},               // one point
-        {"1.0 2.0\n2.0 3.0\n1.5\n", 2, 3.0f, 1, 2}, // a half record at the end is dropped
-        {"1.0 -2.0\n2.0 -3.0\n", 2, -2.0f, 1, 2},   // only negative radii: the largest counts
+        // Steps, negative radii, commas, records over two lines and wider lines.
+        {"0.0 10.0\n0.5, 10.0\n0.5 -20.0\n  \n1.5\n 5.0\n-0.2 4.0 99\n",
+         5,
+         10.0f,
+         -0.2f,
+         1.5f,
+         {0.0f, 0.5f, 0.5f, 1.5f, -0.2f},
+         {10.0f, 10.0f, -20.0f, 5.0f, 4.0f}},
+        {"", 0, 0.1f, 0, 0},                         // empty: nothing to draw
+        {"1.0 0.0\n2.0 0\n", 2, 0.1f, 1, 2},         // all radii zero
+        {"3.0 2.0\n", 1, 2.0f, 3, 3},                // one point
+        {"1.0 2.0\n2.0 3.0\n1.5\n", 2, 3.0f, 1, 2},  // a half record at the end is dropped
+        {"1.0 -2.0\n2.0 -3.0\n", 2, -2.0f, 1, 2},    // only negative radii: the largest counts
+        {many.str(), GEOM_MAX, 1.0f, 1, 5000},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.text);
+        SCOPED_TRACE(c.text.substr(0, 20));
         s.geometry = {};
-        file("Geometry.dat", c.text);
+        file(c.text);
         load_geom(s);
-        EXPECT_EQ(s.geometry.GEOM_N, c.n);
-        EXPECT_FLOAT_EQ(s.geometry.GEOM_RMAX, c.rmax);
-        EXPECT_FLOAT_EQ(s.geometry.GEOM_ZMIN, c.zmin);
-        EXPECT_FLOAT_EQ(s.geometry.GEOM_ZMAX, c.zmax);
+        const Geometry& g = s.geometry;
+        EXPECT_EQ(g.GEOM_N, c.n);
+        EXPECT_FLOAT_EQ(g.GEOM_RMAX, c.rmax);
+        EXPECT_FLOAT_EQ(g.GEOM_ZMIN, c.zmin);
+        EXPECT_FLOAT_EQ(g.GEOM_ZMAX, c.zmax);
+        if (!c.z.empty()) {
+            EXPECT_EQ(g.GEOM_Z, c.z);
+            EXPECT_EQ(g.GEOM_R, c.r);
+        }
     }
+    EXPECT_EQ(h.console(), "");
 }
 
-TEST_F(GeometryTest, StopsAtFiveThousandPointsWithoutAWord) {
-    std::ostringstream t;
-    for (int i = 1; i <= GEOM_MAX + 1; ++i) t << i << " " << (i == GEOM_MAX + 1 ? 1000 : 1) << "\n";
-    file("Geometry.dat", t.str());
+TEST_F(GeometryTest, AsksForAnotherNameUntilOneExistsOrTheInputEnds) {
+    h.dir.write("my outline.dat", "0 1\n1 2\n");
+    h.input("nothere.dat\n\n  ,\n'my outline.dat' ignored\n");
     load_geom(s);
-    EXPECT_EQ(s.geometry.GEOM_N, GEOM_MAX);
-    EXPECT_FLOAT_EQ(s.geometry.GEOM_Z.back(), 5000.0f);
-    EXPECT_FLOAT_EQ(s.geometry.GEOM_RMAX, 1.0f);  // the point behind the limit is not read
-    EXPECT_EQ(out.str(), "");
-}
-
-TEST_F(GeometryTest, AsksForAnotherNameUntilOneExists) {
-    file("my outline.dat", "0 1\n1 2\n");
-    answers("nothere.dat\n\n  ,\n'my outline.dat' ignored\n");
-    load_geom(s);
-    EXPECT_EQ(out.str(),
+    EXPECT_EQ(h.console(),
               "     Enter aperture file name:      File doesn't exist\n"
               "     Enter aperture file name:      File doesn't exist\n"
               "     Enter aperture file name: ");
     EXPECT_EQ(s.geometry.GEOM_N, 2);
-}
 
-TEST_F(GeometryTest, EndOfInputAtThePromptEndsTheSession) {
-    answers("nothere.dat\n");
+    h.out.str("");
+    h.input("nothere.dat\n");
     EXPECT_THROW(load_geom(s), EndOfInput);
-    EXPECT_EQ(out.str(),
+    EXPECT_EQ(h.console(),
               "     Enter aperture file name:      File doesn't exist\n"
               "     Enter aperture file name: ");
 }
 
 TEST_F(GeometryTest, BadNumberStopsTheViewerWithItsMessage) {
-    file("Geometry.dat", "0 1\n1 x2\n");
+    file("0 1\n1 x2\n");
     EXPECT_THROW(load_geom(s), ProgramStop);
-    EXPECT_EQ(out.str(),
+    EXPECT_EQ(h.console(),
               "\n"
               "          Error reading aperture file\n"
               "          Program stops\n"
               "\n");
 }
 
-TEST_F(GeometryTest, OverlayForms) {
+TEST_F(GeometryTest, UpperAndMirroredOverlayLeaveTheTableAsItWas) {
     s.geometry = {{0.0f, 1.0f}, {2.0f, 4.0f}, 0.0f, 1.0f, 4.0f, 2};
-    const float RMAX = 1.05f * 4.0f;
+    const double RMAX = 1.05f * 4.0f;
 
     overlay_upper(s, 0, 1, -5, 5);
-    EXPECT_EQ(overlay_trace(), (std::vector<std::string>{"pgbbuf", "pgsave", "pgswin", "pgsci1", "pgsls2", "pgline+",
-                                                         "pgsls1", "pgswin", "pgunsa", "pgebuf", "pgupdt"}));
-    auto win = rec.named("pgswin");
+    EXPECT_EQ(trace(rec),
+              (std::vector<std::string>{"pgbbuf", "pgsave", "pgswin", "pgsci1", "pgsls2", "pgline+", "pgsls1",
+                                        "pgswin", "pgunsa", "pgebuf", "pgupdt"}));
+    const auto win = rec.named("pgswin");
     EXPECT_EQ(win[0]->args, (std::vector<double>{0, 1, -RMAX, RMAX}));
     EXPECT_EQ(win[1]->args, (std::vector<double>{0, 1, -5, 5}));
     EXPECT_EQ(rec.named("pgline")[0]->ys, (std::vector<float>{2, 4}));
 
     rec.clear();
     overlay_mirrored(s, 0, 1, -5, 5);
-    EXPECT_EQ(overlay_trace(), (std::vector<std::string>{"pgbbuf", "pgsave", "pgswin", "pgsci1", "pgsls2", "pgline+",
-                                                         "pgline-", "pgsls1", "pgswin", "pgunsa", "pgebuf",
-                                                         "pgupdt"}));
+    EXPECT_EQ(trace(rec),
+              (std::vector<std::string>{"pgbbuf", "pgsave", "pgswin", "pgsci1", "pgsls2", "pgline+",
+                                        "pgline-", "pgsls1", "pgswin", "pgunsa", "pgebuf", "pgupdt"}));
     EXPECT_EQ(rec.named("pgline")[1]->ys, (std::vector<float>{-2, -4}));
-    EXPECT_EQ(s.geometry.GEOM_R, (std::vector<float>{2, 4}));  // the table is left as it was
-
-    rec.clear();
-    overlay_two_panels(s, 0, 1, -5, 5);
-    EXPECT_EQ(overlay_trace(),
-              (std::vector<std::string>{"pgbbuf", "pgsave", "pgswin", "pgsci1", "pgsls2", "pgpanl", "pgline+", "pgline-",
-                                        "pgpanl", "pgline-", "pgline+", "pgsls1", "pgswin", "pgpanl", "pgunsa",
-                                        "pgebuf", "pgupdt"}));
     EXPECT_EQ(s.geometry.GEOM_R, (std::vector<float>{2, 4}));
 }
 
 TEST_F(GeometryTest, PlotLoadsTheOutlineOnceForTheSession) {
-    std::ofstream(s.path("p.Zemit.001")) << fmt_e12_4(1) << fmt_e12_4(0) << fmt_e12_4(0) << fmt_e12_4(3) << "\n"
-                                         << fmt_e12_4(2) << fmt_e12_4(0) << fmt_e12_4(0) << fmt_e12_4(4) << "\n";
-    ASSERT_TRUE(s.unit(12).open(s.path("p.Zemit.001")));
-    s.fexist.Zemit_EXISTS = true;
-    file("Geometry.dat", "0 1\n3 2\n");
+    viewer::testing::open_table(s, 12, &Fexist::Zemit_EXISTS, "p.Zemit.001",
+                                viewer::testing::fixed_records({{1, 0, 0, 3}, {2, 0, 0, 4}}));
+    file("0 1\n3 2\n");
     s.logo.WITH_GEOMETRY = true;
-
     pgex5(s, PKT);
     EXPECT_TRUE(s.logo.GEOMETRY_LOADED);
     EXPECT_EQ(s.geometry.GEOM_N, 2);
-    ASSERT_EQ(rec.named("pgline").size(), 2u);
-    // The outline window shares the plot's abscissa; the plot's window comes back.
-    const auto env = rec.named("pgenv")[0]->args;
-    const auto win = rec.named("pgswin");
-    EXPECT_EQ(win[0]->args, (std::vector<double>{env[0], env[1], -1.05f * 2.0f, 1.05f * 2.0f}));
-    EXPECT_EQ(win[1]->args, (std::vector<double>(env.begin(), env.begin() + 4)));
+    EXPECT_EQ(rec.named("pgline").size(), 2u);
+    EXPECT_FLOAT_EQ(static_cast<float>(rec.named("pgswin")[0]->args[3]), 1.05f * 2.0f);
 
     // Without the file, and after the overlay was switched off and on, no prompt.
-    fs::remove(s.path("Geometry.dat"));
+    std::filesystem::remove(h.dir.file("Geometry.dat"));
     s.logo.WITH_GEOMETRY = false;
     rec.clear();
     pgex5(s, PKT);
@@ -193,5 +141,5 @@ TEST_F(GeometryTest, PlotLoadsTheOutlineOnceForTheSession) {
     rec.clear();
     pgex5(s, PKT);
     EXPECT_EQ(rec.named("pgline").size(), 2u);
-    EXPECT_EQ(out.str().find("Enter aperture"), std::string::npos);
+    EXPECT_EQ(h.console().find("Enter aperture"), std::string::npos);
 }

@@ -2,108 +2,76 @@
 // margin rules, labels, the mirrored overlay, the page foot in an overview,
 // and the two panels of the trajectory with their own ranges.
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "control/session.hpp"
 #include "evolution/frame.hpp"
 #include "evolution/plots.hpp"
+#include "tests/support/harness.hpp"
 
 using namespace viewer;
-namespace fs = std::filesystem;
+using viewer::testing::trace;
+using viewer::testing::window_is;
 
 namespace {
 
-struct TempDir {
-    TempDir() {
-        char t[] = "/tmp/ref_test_XXXXXX";
-        path = ::mkdtemp(t);
-    }
-    ~TempDir() {
-        std::error_code ec;
-        fs::remove_all(path, ec);
-    }
-    std::string path;
-};
-
 struct RefPlotsTest : ::testing::Test {
-    TempDir tmp;
-    RecordingGraphics rec;
-    ScriptedPointer ptr;
-    std::istringstream in;
-    std::ostringstream out;
-    Session s{rec, ptr, in, out, tmp.path};
+    viewer::testing::Harness h;
+    Session& s = h.session();
+    RecordingGraphics& rec = h.g;
 
-    // Writes .ref as given, opens it on unit 13 and counts its lines as the run load does.
-    void ref(const std::string& text) {
-        s.unit(13).close();
-        std::ofstream(s.path("p.ref.001")) << text;
-        ASSERT_TRUE(s.unit(13).open(s.path("p.ref.001")));
-        s.fexist.ref_EXISTS = true;
-        s.R_PKT = static_cast<int>(std::count(text.begin(), text.end(), '\n'));
-    }
-    // One record a line: z, clock, ENE, GRAD, LARMOR, XX, YY.
+    // One free record a line: z, clock, ENE, GRAD, LARMOR, XX, YY; counted as the run load does.
     void ref_rows(const std::vector<std::vector<float>>& rows) {
         std::ostringstream t;
         for (const auto& r : rows) {
             for (float v : r) t << " " << v;
             t << "\n";
         }
-        ref(t.str());
+        viewer::testing::open_table(s, 13, &Fexist::ref_EXISTS, "p.ref.001", t.str());
+        s.R_PKT = static_cast<int>(rows.size());
     }
-    std::vector<float> window(std::size_t k = 0) const {
-        const auto& a = rec.named("pgenv").at(k)->args;
-        return {static_cast<float>(a[0]), static_cast<float>(a[1]), static_cast<float>(a[2]),
-                static_cast<float>(a[3])};
+    // Offsets XX and YY along z = 1, 2, ...
+    void offsets(const std::vector<float>& xx, const std::vector<float>& yy) {
+        std::vector<std::vector<float>> rows;
+        for (std::size_t i = 0; i < xx.size(); ++i)
+            rows.push_back({static_cast<float>(i + 1), 0, 0, 0, 0, xx[i], yy[i]});
+        ref_rows(rows);
+    }
+    const GraphicsCall& env(std::size_t k = 0) const { return *rec.named("pgenv").at(k); }
+    void with_outline() {
+        s.geometry = {{1.0f, 2.0f}, {1.0f, 2.0f}, 1.0f, 2.0f, 2.0f, 2};
+        s.logo.GEOMETRY_LOADED = s.logo.WITH_GEOMETRY = true;
     }
 };
 
-void expect_window(const std::vector<float>& w, float x1, float x2, float y1, float y2) {
-    EXPECT_FLOAT_EQ(w[0], x1);
-    EXPECT_FLOAT_EQ(w[1], x2);
-    EXPECT_FLOAT_EQ(w[2], y1);
-    EXPECT_FLOAT_EQ(w[3], y2);
-}
-
 }  // namespace
 
-TEST_F(RefPlotsTest, MomentumIsClampedAtZeroOnlyWhileItStaysPositive) {
+TEST_F(RefPlotsTest, MomentumClampedAtZeroWhilePositiveGradientAndLarmorByMargin) {
     struct Case {
-        float low, ymin;
+        float low, ymin, ymax;
     };
-    for (const Case c : {Case{5, 0}, Case{0, 0}, Case{-5, -6}}) {
+    // A constant positive momentum still starts at zero.
+    for (const Case c : {Case{5, 0, 12}, Case{0, 0, 12}, Case{-5, -6, 12}, Case{10, 0, 12}}) {
         SCOPED_TRACE(c.low);
         rec.clear();
         ref_rows({{1, 0, c.low, 0, 0, 0, 0}, {2, 0, 10, 0, 0, 0, 0}});
         pgex10(s, s.R_PKT);
-        expect_window(window(), 1, 2, c.ymin, 12);
+        EXPECT_TRUE(window_is(env(), 1, 2, c.ymin, c.ymax));
     }
-    // A constant positive momentum still starts at zero.
     rec.clear();
-    ref_rows({{1, 0, 2, 0, 0, 0, 0}, {2, 0, 2, 0, 0, 0, 0}});
-    pgex10(s, s.R_PKT);
-    expect_window(window(), 1, 2, 0, 2.4f);
-}
-
-TEST_F(RefPlotsTest, GradientAndLarmorAngleTakeMarginsFromTheirExtremes) {
     ref_rows({{1, 0, 0, -2, 0.5f, 0, 0}, {2, 0, 0, 3, -1, 0, 0}});
     pgex11(s, s.R_PKT);
     pgex13(s, s.R_PKT);
-    expect_window(window(0), 1, 2, -2.4f, 3.6f);
-    expect_window(window(1), 1, 2, -1.2f, 0.6f);
+    EXPECT_TRUE(window_is(env(0), 1, 2, -2.4f, 3.6f));
+    EXPECT_TRUE(window_is(env(1), 1, 2, -1.2f, 0.6f));
 }
 
 TEST_F(RefPlotsTest, LabelsOverlayAndPageFootOfTheOneCurvePlots) {
     ref_rows({{1, 0, 1, 2, 3, 4, 5}, {2, 0, 2, 3, 4, 5, 6}});
-    s.geometry = {{1.0f, 2.0f}, {1.0f, 2.0f}, 1.0f, 2.0f, 2.0f, 2};
-    s.logo.GEOMETRY_LOADED = true;
-    s.logo.WITH_GEOMETRY = true;
+    with_outline();
     s.logo.OVERVIEW = true;  // these plots write their foot all the same
     s.chara.PAGE_TITLE = "p 001";
 
@@ -125,40 +93,31 @@ TEST_F(RefPlotsTest, LabelsOverlayAndPageFootOfTheOneCurvePlots) {
         EXPECT_EQ(rec.named("pglab").at(0)->texts, (std::vector<std::string>{"\\fiz m", m.ylabel, m.title}));
         const auto lines = rec.named("pgline");
         ASSERT_EQ(lines.size(), 3u);  // the curve, the outline and its mirror
-        EXPECT_EQ(lines[0]->ys, (std::vector<float>{static_cast<float>(m.field - 1), static_cast<float>(m.field)}));
-        EXPECT_EQ(lines[1]->ys, (std::vector<float>{1, 2}));
+        EXPECT_EQ(lines[0]->ys,
+                  (std::vector<float>{static_cast<float>(m.field - 1), static_cast<float>(m.field)}));
         EXPECT_EQ(lines[2]->ys, (std::vector<float>{-1, -2}));
-        EXPECT_EQ(s.geometry.GEOM_R, (std::vector<float>{1, 2}));
-        ASSERT_EQ(rec.named("pgptxt").size(), 1u);
+        EXPECT_EQ(rec.named("pgptxt").size(), 1u);
     }
 }
 
-TEST_F(RefPlotsTest, FreeRecordsOfSevenNumbers) {
-    // Wider lines than seven numbers, a record over two lines, a last record cut short.
-    ref(" 1 0 10 0 0 0 0 99 99\n"
-        " 2, 0, 20,\n 0 0 0 0\n"
-        " 3 0 30 0\n");
-    pgex10(s, s.R_PKT);
-    const auto lines = rec.named("pgline");
-    EXPECT_EQ(lines.at(0)->ys, (std::vector<float>{10, 20}));
-    EXPECT_EQ(lines.at(0)->xs, (std::vector<float>{1, 2}));
-}
-
-TEST_F(RefPlotsTest, RecordsBeyondTheCountTakenAtLoadAreNotShown) {
-    ref_rows({{1, 0, 1, 0, 0, 0, 0}, {2, 0, 2, 0, 0, 0, 0}, {3, 0, 3, 0, 0, 0, 0}});
-    pgex10(s, 2);  // the table grew after the run was loaded
-    EXPECT_EQ(s.plot(10).NP, 2);
-    pgex12(s, 2);
+TEST_F(RefPlotsTest, SevenNumbersARecordUpToTheCountTakenAtLoad) {
+    // Wider lines than seven numbers, and a record over two lines.
+    viewer::testing::open_table(s, 13, &Fexist::ref_EXISTS, "p.ref.001",
+                                " 1 0 10 0 0 0 0 99\n 2, 0, 20,\n 0 0 0 0\n 3 0 30 0 0 0 0\n");
+    pgex10(s, 3);
+    EXPECT_EQ(rec.named("pgline").at(0)->ys, (std::vector<float>{10, 20, 30}));
+    EXPECT_EQ(rec.named("pgline").at(0)->xs, (std::vector<float>{1, 2, 3}));
+    pgex12(s, 2);  // the table grew after the run was loaded
     EXPECT_EQ(s.plot(12).NP, 2);
 }
 
 TEST_F(RefPlotsTest, TrajectoryInTwoPanelsWithTheirOwnRanges) {
-    ref_rows({{1, 0, 0, 0, 0, 1, 0.5f}, {2, 0, 0, 0, 0, -2, 1}, {3, 0, 0, 0, 0, 0.5f, 2}});
+    offsets({1, -2, 0.5f}, {0.5f, 1, 2});
     s.logo.COLOUR = false;
     pgex12(s, s.R_PKT);
 
-    expect_window(window(0), 1, 3, -2.4f, 1.2f);
-    expect_window(window(1), 1, 3, 0.4f, 2.4f);
+    EXPECT_TRUE(window_is(env(0), 1, 3, -2.4f, 1.2f));
+    EXPECT_TRUE(window_is(env(1), 1, 3, 0.4f, 2.4f));
     const auto lab = rec.named("pglab");
     ASSERT_EQ(lab.size(), 2u);
     const std::string title = "off-axis trajectory of reference particle (w.o. space charge)";
@@ -168,32 +127,37 @@ TEST_F(RefPlotsTest, TrajectoryInTwoPanelsWithTheirOwnRanges) {
     ASSERT_EQ(lines.size(), 2u);
     EXPECT_EQ(lines[0]->ys, (std::vector<float>{1, -2, 0.5f}));
     EXPECT_EQ(lines[1]->ys, (std::vector<float>{0.5f, 1, 2}));
-    EXPECT_TRUE(rec.named("pgsls").empty());  // one curve a panel, solid and black
-    EXPECT_NE(out.str().find("     2: red (vertical): \n"), std::string::npos);
+    EXPECT_NE(h.console().find("     2: red (vertical): \n"), std::string::npos);
 
-    // Order of the frame: two frames, no fit, the foot, the update.
-    std::vector<std::string> names;
-    for (const auto& c : rec.calls) names.push_back(c.name);
-    const std::vector<std::string> head{"pgbbuf", "pgsave", "pgsci", "pgenv", "pglab", "pgsci", "pgline",
-                                        "pgenv",  "pglab",  "pgsci", "pgline", "pgunsa", "pgebuf", "pgupdt"};
-    ASSERT_GE(names.size(), head.size());
-    EXPECT_EQ(std::vector<std::string>(names.begin(), names.begin() + static_cast<long>(head.size())), head);
-    EXPECT_EQ(names.back(), "pgupdt");
+    // Two frames, one curve a panel, solid and black, no fit; the foot, the update.
+    std::vector<std::string> t = trace(rec);
+    EXPECT_EQ(t.back(), "pgupdt");
     EXPECT_EQ(rec.named("pgptxt").size(), 1u);
+    t.resize(14);
+    EXPECT_EQ(
+        t, (std::vector<std::string>{"pgbbuf", "pgsave", "pgsci1", "pgenv", "pglab", "pgsci1", "pgline+",
+                                     "pgenv", "pglab", "pgsci1", "pgline+", "pgunsa", "pgebuf", "pgupdt"}));
+
+    // One offset all zero: its panel is mended around zero.
+    rec.clear();
+    offsets({0, 0}, {1, 3});
+    pgex12(s, s.R_PKT);
+    EXPECT_TRUE(window_is(env(0), 1, 2, -0.1f, 0.1f));
+    EXPECT_TRUE(window_is(env(1), 1, 2, 0.8f, 3.6f));
 }
 
 TEST_F(RefPlotsTest, TrajectoryWithoutDataOpensOnAHugeFallingRange) {
     // Even after a draw with data: the ranges start anew at each call.
-    ref_rows({{1, 0, 0, 0, 0, 1, 1}, {2, 0, 0, 0, 0, 2, 2}});
+    offsets({1, 2}, {1, 2});
     pgex12(s, s.R_PKT);
     rec.clear();
-    out.str("");
+    h.out.str("");
     s.fexist.ref_EXISTS = false;
     pgex12(s, s.R_PKT);
-    EXPECT_EQ(out.str(), "");
+    EXPECT_EQ(h.console(), "");
     ASSERT_EQ(rec.named("pgenv").size(), 2u);
-    expect_window(window(0), 1e10f, -1e10f, -0.1f, 0.1f);
-    expect_window(window(1), 1e10f, -1e10f, -0.1f, 0.1f);
+    EXPECT_TRUE(window_is(env(0), 1e10f, -1e10f, -0.1f, 0.1f));
+    EXPECT_TRUE(window_is(env(1), 1e10f, -1e10f, -0.1f, 0.1f));
 
     // A zoom window without records gives the same.
     rec.clear();
@@ -202,46 +166,28 @@ TEST_F(RefPlotsTest, TrajectoryWithoutDataOpensOnAHugeFallingRange) {
     s.graph.Z_LOWER = 5;
     s.graph.Z_UPPER = 6;
     pgex12(s, s.R_PKT);
-    expect_window(window(0), 1e10f, -1e10f, -0.1f, 0.1f);
-}
-
-TEST_F(RefPlotsTest, TrajectoryWithOneOffsetAllZero) {
-    ref_rows({{1, 0, 0, 0, 0, 0, 1}, {2, 0, 0, 0, 0, 0, 3}});
-    pgex12(s, s.R_PKT);
-    expect_window(window(0), 1, 2, -0.1f, 0.1f);
-    expect_window(window(1), 1, 2, 0.8f, 3.6f);
+    EXPECT_TRUE(window_is(env(0), 1e10f, -1e10f, -0.1f, 0.1f));
 }
 
 TEST_F(RefPlotsTest, TrajectoryOverlayInBothPanels) {
-    ref_rows({{1, 0, 0, 0, 0, 1, 1}, {2, 0, 0, 0, 0, 2, 2}});
-    s.geometry = {{1.0f, 2.0f}, {1.0f, 2.0f}, 1.0f, 2.0f, 2.0f, 2};
-    s.logo.GEOMETRY_LOADED = true;
-    s.logo.WITH_GEOMETRY = true;
+    offsets({1, 2}, {1, 2});
+    with_outline();
     pgex12(s, s.R_PKT);
 
     // Outline and mirror in the upper panel, mirror and outline in the lower,
     // in one window; the lower panel's window comes back.
-    std::vector<std::string> seq;
-    bool in_overlay = false;
-    for (const auto& c : rec.calls) {
-        if (c.name == "pgswin" && !in_overlay) {
-            in_overlay = true;
-            EXPECT_FLOAT_EQ(static_cast<float>(c.args[2]), -2.1f);
-            EXPECT_FLOAT_EQ(static_cast<float>(c.args[3]), 2.1f);
-        }
-        if (!in_overlay) continue;
-        std::string e = c.name;
-        if (c.name == "pgpanl") e += std::to_string(static_cast<int>(c.args[1]));
-        if (c.name == "pgline") e += c.ys.at(0) > 0 ? "+" : "-";
-        seq.push_back(e);
-        if (c.name == "pgupdt") break;
-    }
-    EXPECT_EQ(seq, (std::vector<std::string>{"pgswin", "pgsci", "pgsls", "pgpanl1", "pgline+", "pgline-", "pgpanl2",
-                                             "pgline-", "pgline+", "pgsls", "pgswin", "pgpanl2", "pgunsa", "pgebuf",
-                                             "pgupdt"}));
+    const std::vector<std::string> t = trace(rec);
+    const auto from = std::find(t.begin(), t.end(), "pgswin");
+    ASSERT_NE(from, t.end());
+    EXPECT_EQ(std::vector<std::string>(from, std::find(from, t.end(), "pgupdt") + 1),
+              (std::vector<std::string>{"pgswin", "pgsci1", "pgsls2", "pgpanl1", "pgline+", "pgline-",
+                                        "pgpanl2", "pgline-", "pgline+", "pgsls1", "pgswin", "pgpanl2",
+                                        "pgunsa", "pgebuf", "pgupdt"}));
     const auto win = rec.named("pgswin");
     ASSERT_GE(win.size(), 2u);
-    const auto lower = window(1);
-    for (std::size_t i = 0; i < 4; ++i) EXPECT_FLOAT_EQ(static_cast<float>(win[1]->args[i]), lower[i]);
+    EXPECT_TRUE(window_is(*win[0], 1, 2, -2.1f, 2.1f));
+    const auto& lower = env(1).args;
+    EXPECT_TRUE(window_is(*win[1], static_cast<float>(lower[0]), static_cast<float>(lower[1]),
+                          static_cast<float>(lower[2]), static_cast<float>(lower[3])));
     EXPECT_EQ(s.geometry.GEOM_R, (std::vector<float>{1, 2}));
 }

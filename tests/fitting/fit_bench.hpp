@@ -1,48 +1,35 @@
-// A session for the fitting tests: recorded graphics, scripted clicks,
-// console streams and a working directory of its own.
+// A session for the fitting tests, with the menu and the plot on devices of
+// their own, and the checks the fitting tests share.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
-#include <filesystem>
+#include <initializer_list>
 #include <memory>
-#include <sstream>
+#include <span>
 #include <string>
 #include <vector>
 
-#include "control/graphics.hpp"
-#include "control/session.hpp"
+#include "fitting/fit.hpp"
+#include "tests/support/harness.hpp"
 
 namespace viewer::fit_testing {
 
-struct FitBench {
-    explicit FitBench(std::string input = "") : in(std::move(input)) {
-        std::string tmpl = (std::filesystem::temp_directory_path() / "fit-test-XXXXXX").string();
-        dir = mkdtemp(tmpl.data());
-        s = std::make_unique<Session>(g, p, in, out, dir);
-        s->window.MENU_DEVICE = 2;
-        s->window.PLOT_DEVICE = 1;
+struct FitBench : viewer::testing::Harness {
+    explicit FitBench(std::string input = "") : Harness(std::move(input)) {
+        session().window.MENU_DEVICE = 2;
+        session().window.PLOT_DEVICE = 1;
     }
-    ~FitBench() {
-        std::error_code ec;
-        std::filesystem::remove_all(dir, ec);
-    }
-    FitBench(const FitBench&) = delete;
-    FitBench& operator=(const FitBench&) = delete;
-
-    std::string file(const std::string& name) const { return dir + "/" + name; }
-    std::string console() const { return out.str(); }
     void clear_console() { out.str(""); }
-
-    std::string dir;
-    RecordingGraphics g;
-    ScriptedPointer p;
-    std::istringstream in;
-    std::ostringstream out;
-    std::unique_ptr<Session> s;
 };
+
+// A fresh bench after one fit of one curve.
+inline std::unique_ptr<FitBench> fitted(int pick, const std::vector<float>& x, const std::vector<float>& y) {
+    auto b = std::make_unique<FitBench>();
+    fit(*b->s, pick, 1, 1, static_cast<int>(x.size()), x.data(), y.data());
+    return b;
+}
 
 // The rule of 74 dashes that opens a report.
 inline std::string rule() {
@@ -57,11 +44,35 @@ inline ::testing::AssertionResult no_curve(const FitVariables& fv) {
                                          << fv.Y1_FIT.size() << " " << fv.Y2_FIT.size();
 }
 
-// |actual - expected| within `rel` of |expected|.
+// |actual - expected| within `rel` of |expected|, for each coefficient given.
+inline ::testing::AssertionResult near_rel(std::span<const double> actual,
+                                           std::initializer_list<double> expected, double rel) {
+    std::size_t i = 0;
+    for (double e : expected) {
+        const double a = i < actual.size() ? actual[i] : NAN;
+        if (!(std::fabs(a - e) <= rel * std::fabs(e)))
+            return ::testing::AssertionFailure() << "coefficient " << i << ": " << a << " differs from " << e
+                                                 << " by more than " << rel << " relative";
+        ++i;
+    }
+    return ::testing::AssertionSuccess();
+}
 inline ::testing::AssertionResult near_rel(double actual, double expected, double rel) {
-    if (std::fabs(actual - expected) <= rel * std::fabs(expected)) return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure()
-           << actual << " differs from " << expected << " by more than " << rel << " relative";
+    return near_rel(std::span<const double>(&actual, 1), {expected}, rel);
+}
+
+// `n` points of y = f(x), x from `from` by `step`, rounded to 32 bits.
+struct Data {
+    std::vector<float> x, y;
+};
+template <class F>
+Data sample(double from, double step, int n, F f) {
+    Data d;
+    for (int i = 0; i < n; ++i) {
+        d.x.push_back(static_cast<float>(from + step * i));
+        d.y.push_back(static_cast<float>(f(static_cast<double>(d.x.back()))));
+    }
+    return d;
 }
 
 }  // namespace viewer::fit_testing

@@ -2,11 +2,15 @@
 // recorded graphics, scripted clicks and console streams.
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <cmath>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -120,6 +124,53 @@ inline std::vector<std::string> echoes(const std::string& console) {
         after = (line == rule);
     }
     return out;
+}
+
+// Fixed records of 12-column fields, one a row.
+inline std::string fixed_records(const std::vector<std::vector<float>>& rows) {
+    std::string t;
+    for (const auto& r : rows) {
+        for (float v : r) t += fmt_e12_4(v);
+        t += "\n";
+    }
+    return t;
+}
+
+// Writes `text` as the table `name`, opens it on `unit` and marks its kind present.
+inline void open_table(Session& s, int unit, bool Fexist::*present, const std::string& name,
+                       const std::string& text) {
+    s.unit(unit).close();
+    std::ofstream(s.path(name), std::ios::binary) << text;
+    if (!s.unit(unit).open(s.path(name))) throw std::runtime_error("cannot open " + name);
+    s.fexist.*present = true;
+}
+
+// The recorded calls from index `from` on, by name; pgsci, pgsls and pgpanl
+// carry their number, pgline the sign of its first ordinate: "pgsls2", "pgline-".
+inline std::vector<std::string> trace(const RecordingGraphics& g, std::size_t from = 0) {
+    std::vector<std::string> t;
+    for (std::size_t i = from; i < g.calls.size(); ++i) {
+        const GraphicsCall& c = g.calls[i];
+        std::string e = c.name;
+        if (c.name == "pgsci" || c.name == "pgsls") e += std::to_string(static_cast<int>(c.args[0]));
+        if (c.name == "pgpanl") e += std::to_string(static_cast<int>(c.args[1]));
+        if (c.name == "pgline" && !c.ys.empty()) e += c.ys[0] < 0 ? "-" : "+";
+        t.push_back(e);
+    }
+    return t;
+}
+
+// The first four arguments of a call (pgenv, pgswin) equal the given window
+// to float precision.
+inline ::testing::AssertionResult window_is(const GraphicsCall& c, float x1, float x2, float y1, float y2) {
+    const float want[] = {x1, x2, y1, y2};
+    for (std::size_t i = 0; i < 4; ++i) {
+        const float got = static_cast<float>(c.args.at(i));
+        if (got != want[i] && std::fabs(got - want[i]) > 1e-6f * std::fabs(want[i]))
+            return ::testing::AssertionFailure() << c.name << " argument " << i + 1 << " is " << got << ", not "
+                                                 << want[i];
+    }
+    return ::testing::AssertionSuccess();
 }
 
 }  // namespace viewer::testing
