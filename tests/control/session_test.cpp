@@ -1,6 +1,9 @@
 // Whole sessions driven by scripted clicks and typed lines.
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <filesystem>
+
 #include "control/dialogues.hpp"
 #include "control/hardcopy.hpp"
 #include "control/windows.hpp"
@@ -335,4 +338,24 @@ TEST(Session, ReadErrorInATableStopsWithFileAndLine) {
     if (c.find("Error reading file") == std::string::npos) GTEST_SKIP() << "plots along z not drawn yet";
     EXPECT_NE(c.find("p.Xemit.001, line 3, column 13"), std::string::npos) << c;
     EXPECT_NE(c.find("          Program stops\n"), std::string::npos);
+}
+
+TEST(Session, BundledExampleDrawsEveryPlotOfPageOne) {
+    for (const char* run : {"rfgun,1", "rfgun,2", "rfgun,3"}) {
+        Harness h;
+        for (const auto& e : std::filesystem::directory_iterator(std::string(VIEWER_SOURCE_DIR) + "/examples"))
+            std::filesystem::copy_file(e.path(), h.dir.file(e.path().filename().string()));
+        for (int row = 1; row <= 13; ++row) h.row(row);
+        h.row(18);  // and once more with the aperture outline
+        h.row(25);
+        EXPECT_EQ(h.run({run}), 0) << run;
+        const std::string c = h.console();
+        EXPECT_EQ(c.find("Error"), std::string::npos) << run << c;
+        EXPECT_EQ(c.find("Enter aperture file name"), std::string::npos) << run;
+        // rows 1 to 11 and 13 have one frame, row 12 two, the redraw of 13 one more
+        EXPECT_EQ(h.g.named_on("pgenv", h.session().window.PLOT_DEVICE).size(), 15u) << run;
+        EXPECT_TRUE(h.session().logo.GEOMETRY_LOADED) << run;
+        for (auto* line : h.g.named_on("pgline", h.session().window.PLOT_DEVICE))
+            for (float y : line->ys) EXPECT_TRUE(std::isfinite(y)) << run;
+    }
 }
