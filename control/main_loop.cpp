@@ -200,8 +200,12 @@ int run_viewer(Session& s, int argc, const char* const* argv, const std::tm& now
         }
         return 0;
     } catch (const RecordError& e) {
-        s.con.out << "\n          Error reading file: " << e.file << ", line " << e.line << ", column "
-                  << e.column << ": " << e.what() << "\n          Program stops\n\n";
+        s.con.out << "\n          Error reading ";
+        for (std::size_t u = 0; u < s.units.size(); ++u)
+            if (s.units[u].is_open() && s.units[u].name() == e.file) s.con.out << "unit " << u << ", ";
+        s.con.out << "file: " << e.file << ", line " << e.line;
+        if (e.column > 0) s.con.out << ", column " << e.column;
+        s.con.out << ": " << e.what() << "\n          Program stops\n\n";
         s.con.out.flush();
         return 0;
     }
