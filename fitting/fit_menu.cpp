@@ -1,6 +1,7 @@
 // The fit menu: eighteen marks in the menu window, the last pick in red,
 // and a pick by pointing at a mark.
 #include <array>
+#include <ostream>
 #include <string_view>
 
 #include "control/fortran_format.hpp"
@@ -81,6 +82,7 @@ void fit_menu(Session& s, int& ID_F) {
     pg.pgscr(0, 0.8f, 0.8f, 0.8f);
     pg.pgscf(2);
     draw_page(pg, ID_F);
+    s.con.out.flush();  // the plot's statistics show before the wait
 
     // Clicks beside the marks are passed over; the cursor opens where the
     // last pick was made.

@@ -278,7 +278,7 @@ void odd_pol(Session& s, const FitCall& c) {
     std::ostream& out = s.con.out;
     print_header(out, c, "odd polynomial fit: Y = a + b*x + c*x^3 + d*x^5");
     report(out, r.lm);
-    // Shown even after a singular matrix: they are then the start values.
+    // Shown even after a singular matrix: they are then the last accepted parameters.
     print_value(out, "a   =  ", r.A[0]);
     print_value(out, "b   =  ", r.A[1]);
     print_value(out, "c   =  ", r.A[2]);
