@@ -174,7 +174,8 @@ void RecordingGraphics::pgqwin(float& a, float& b, float& c, float& d) {
     add("pgqwin", {});
 }
 
-int ScriptedPointer::pgband(int, int, float, float, float& x, float& y, char& ch) {
+int ScriptedPointer::pgband(int, int, float xref, float yref, float& x, float& y, char& ch) {
+    starts.push_back({xref, yref});
     if (next >= clicks.size()) {
         ch = '\0';
         return 1;

@@ -151,6 +151,7 @@ class ScriptedPointer : public Pointer {
 public:
     struct Click { float x, y; };
     std::vector<Click> clicks;
+    std::vector<Click> starts;  // where the cursor stood when each wait began
     std::size_t next = 0;
     int pgband(int mode, int posn, float xref, float yref, float& x, float& y, char& ch) override;
 };

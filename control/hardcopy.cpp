@@ -44,7 +44,7 @@ bool open_file(Session& s) {
             const std::string name = s.con.read_item();
             s.logo.COLOUR = false;
             if (auto dev = device_for_name(name)) {
-                s.chara.FILE_SPEC = dev->spec;
+                s.chara.FILE_SPEC = dev->device;
                 s.logo.COLOUR = dev->colour;
                 break;
             }

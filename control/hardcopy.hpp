@@ -12,7 +12,7 @@ namespace viewer {
 // PGPLOT device text and colour flag for a typed name; nullopt when the
 // extension is refused. "run5" -> "run5.ps/PS", "run5.cvps" -> "run5.ps/VCPS".
 struct FileDevice {
-    std::string spec;
+    std::string device;  // "<file>/<type>"
     bool colour;
 };
 std::optional<FileDevice> device_for_name(const std::string& name);

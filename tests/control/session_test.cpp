@@ -238,7 +238,7 @@ TEST(Session, ToFileAndItsExtensions) {
 TEST(Session, DeviceForEveryExtension) {
     auto device_for_test = [](const std::string& name) {
         auto d = device_for_name(name);
-        return d ? std::make_pair(d->spec, d->colour ? 1 : 0) : std::make_pair(std::string(), -1);
+        return d ? std::make_pair(d->device, d->colour ? 1 : 0) : std::make_pair(std::string(), -1);
     };
     EXPECT_EQ(device_for_test("run5"), std::make_pair(std::string("run5.ps/PS"), 0));
     EXPECT_EQ(device_for_test("run5.ps"), std::make_pair(std::string("run5.ps/PS"), 0));

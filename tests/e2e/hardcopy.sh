@@ -5,9 +5,7 @@ VIEWER=$1
 SRC=$2
 source "$SRC/tests/e2e/lib/xsession.sh"
 
-RUN="$WORK/run"
-mkdir -p "$RUN"
-cp "$SRC"/examples/rfgun.* "$SRC"/examples/Geometry.dat "$RUN"/ 2>/dev/null || fail "no bundled example run"
+copy_example "$SRC"
 printf 'page.cps\n' >"$WORK/input"
 
 start_x

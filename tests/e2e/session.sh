@@ -1,15 +1,12 @@
 #!/usr/bin/env bash
-# The real viewer under Xvfb: windows open, a row is echoed, a page turns,
-# "to file" writes PostScript that ghostscript renders, "EXIT" ends with
-# status 0 and writes win_config.dat.
+# The real viewer under Xvfb: both windows open, project and run are
+# printed, a row is echoed, a page turns, "EXIT" ends with status 0 and
+# writes win_config.dat.
 VIEWER=$1
 SRC=$2
 source "$SRC/tests/e2e/lib/xsession.sh"
 
-RUN="$WORK/run"
-mkdir -p "$RUN"
-cp "$SRC"/examples/rfgun.* "$SRC"/examples/Geometry.dat "$RUN"/ 2>/dev/null || fail "no bundled example run"
-printf 'e2e.cps\n' >"$WORK/input"
+copy_example "$SRC"
 
 start_x
 start_viewer "$RUN" "$WORK/input" rfgun,1

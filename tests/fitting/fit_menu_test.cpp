@@ -26,24 +26,6 @@ std::size_t after_menu(const RecordingGraphics& g, int plot_device) {
     return from;
 }
 
-// Pointer that also records where each cursor started.
-struct WatchingPointer : Pointer {
-    std::vector<ScriptedPointer::Click> clicks, starts;
-    std::size_t next = 0;
-    int pgband(int, int, float xref, float yref, float& x, float& y, char& ch) override {
-        starts.push_back({xref, yref});
-        if (next >= clicks.size()) {
-            ch = '\0';
-            return 1;
-        }
-        x = clicks[next].x;
-        y = clicks[next].y;
-        ++next;
-        ch = ' ';
-        return 1;
-    }
-};
-
 }  // namespace
 
 TEST(FitMenu, PageOfEighteenMarksAndThePick) {
@@ -84,7 +66,7 @@ TEST(FitMenu, PageOfEighteenMarksAndThePick) {
 
 TEST(FitMenu, LastPickRedClicksBesideIgnoredNoCursorIsZero) {
     FitBench b;
-    WatchingPointer wp;
+    ScriptedPointer wp;
     Session s(b.g, wp, b.in, b.out, b.dir.path);
     s.window.MENU_DEVICE = 2;
     s.window.PLOT_DEVICE = 1;

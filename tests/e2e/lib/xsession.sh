@@ -33,6 +33,15 @@ start_x() {
   fail "Xvfb did not start"
 }
 
+# copy_example SRC: the bundled run in $WORK/run, with the answers of
+# standard input in $WORK/input.
+copy_example() {
+  RUN="$WORK/run"
+  mkdir -p "$RUN"
+  cp "$1"/examples/rfgun.* "$1"/examples/Geometry.dat "$RUN"/ 2>/dev/null || fail "no bundled example run"
+  : >"$WORK/input"
+}
+
 # start_viewer DIR INPUTFILE ARGS...: runs the viewer in DIR with standard input from INPUTFILE.
 start_viewer() {
   local dir=$1 input=$2
