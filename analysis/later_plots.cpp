@@ -3,9 +3,6 @@
 #include "evolution/plots.hpp"
 
 namespace viewer {
-void pgex14(Session&) {}
-void pgex15(Session&) {}
-void pgex16(Session&) {}
 void pgex201(Session&, int, int) {}
 void pgex202(Session&, int, int) {}
 void pgex203(Session&, int, int) {}
