@@ -5,6 +5,7 @@
 
 using namespace viewer;
 using viewer::testing::emit_table;
+using viewer::testing::count_of;
 using viewer::testing::Harness;
 
 namespace {
@@ -15,12 +16,6 @@ void beam_run(Harness& h) {
     h.dir.write("p.Xemit.001", emit_table(6));
     h.dir.write("p.Yemit.001", emit_table(6, 2.0));
     h.dir.write("p.Zemit.001", emit_table(6));
-}
-
-std::size_t count(const std::string& hay, const std::string& needle) {
-    std::size_t n = 0;
-    for (auto p = hay.find(needle); p != std::string::npos; p = hay.find(needle, p + 1)) ++n;
-    return n;
 }
 
 // Lines drawn on `device` after line style 2 was set and before it was reset.
@@ -50,9 +45,9 @@ TEST(FitSession, StraightLineOnBothCurvesRepeatedInTheHardcopyUntilExitPick) {
     EXPECT_EQ(h.run({"p"}), 0);
     Session& s = h.session();
     const std::string c = h.console();
-    EXPECT_EQ(count(c, "     straight line fit: Y = a + b*x\n"), 2u);  // screen and file
-    EXPECT_EQ(count(c, "     black line: \n"), 2u);
-    EXPECT_EQ(count(c, "     red line: \n"), 2u);
+    EXPECT_EQ(count_of(c, "     straight line fit: Y = a + b*x\n"), 2u);  // screen and file
+    EXPECT_EQ(count_of(c, "     black line: \n"), 2u);
+    EXPECT_EQ(count_of(c, "     red line: \n"), 2u);
     EXPECT_FALSE(s.logo.FIT_REQUESTED);
     EXPECT_EQ(s.plot(2).ID_F, 18);
     EXPECT_EQ(s.fit_variables.N_FIT, 0);
@@ -72,7 +67,7 @@ TEST(FitSession, StraightLineOnBothCurvesRepeatedInTheHardcopyUntilExitPick) {
     EXPECT_EQ(on_file[0]->xs.size(), 6u);
     EXPECT_EQ(on_file[1]->xs.size(), 2u);
     EXPECT_EQ(on_file[2]->xs.size(), 2u);
-    EXPECT_EQ(count(c, "saved to file:"), 1u);
+    EXPECT_EQ(count_of(c, "saved to file:"), 1u);
 }
 
 TEST(FitSession, StoredCurveIsLaidOverAnotherPlot) {

@@ -12,6 +12,7 @@
 using namespace viewer;
 using viewer::testing::echoes;
 using viewer::testing::emit_table;
+using viewer::testing::count_of;
 using viewer::testing::Harness;
 
 namespace {
@@ -23,12 +24,6 @@ void two_runs(Harness& h) {
         h.dir.write(std::string("p.Yemit.") + run, emit_table(5, 2.0));
         h.dir.write(std::string("p.Zemit.") + run, emit_table(5));
     }
-}
-
-std::size_t count(const std::string& hay, const std::string& needle) {
-    std::size_t n = 0;
-    for (auto p = hay.find(needle); p != std::string::npos; p = hay.find(needle, p + 1)) ++n;
-    return n;
 }
 
 }  // namespace
@@ -115,7 +110,7 @@ TEST(Session, ZoomFitAndGeometryBeforeAnyPlot) {
                      "     Lower boundary of abscissa:      Upper boundary of abscissa: "),
               std::string::npos);
     // each redraw pass comes back to the menu: four menus and the exit
-    EXPECT_EQ(count(c, " " + std::string(74, '-')), 4u);
+    EXPECT_EQ(count_of(c, " " + std::string(74, '-')), 4u);
 }
 
 TEST(Session, ZoomFamilies) {
@@ -150,14 +145,14 @@ TEST(Session, SteppingPastTheEndAndBack) {
     EXPECT_NE(c.find("     new run number:  .002\n"), std::string::npos);
     EXPECT_NE(c.find("     new run number:  .003\n\n     No data files found for: p,003\n     Step back (Y/N): "),
               std::string::npos);
-    EXPECT_EQ(count(c, "     new run number:  .001\n"), 2u);
+    EXPECT_EQ(count_of(c, "     new run number:  .001\n"), 2u);
     EXPECT_EQ(s.RUN_NUMBER, 1);
     EXPECT_EQ(s.chara.RUN, ".001");
     EXPECT_EQ(s.window.LAST_SELECTION, 1);
     EXPECT_FALSE(s.STEP_BACK);
     EXPECT_FALSE(s.STEP_FOR);
     // five menus: the start, after plot 1, after run 2, after run 2 again, after run 1
-    EXPECT_EQ(count(c, " " + std::string(74, '-')), 6u);
+    EXPECT_EQ(count_of(c, " " + std::string(74, '-')), 6u);
 }
 
 TEST(Session, SteppingAtTheUpperEnd) {
@@ -216,7 +211,7 @@ TEST(Session, ToFileAndItsExtensions) {
     h.row(25);
     h.run({"p"});
     const std::string c = h.console();
-    EXPECT_EQ(count(c, " Invalid extension\n"), 2u);
+    EXPECT_EQ(count_of(c, " Invalid extension\n"), 2u);
     EXPECT_NE(c.find("     extensions: .ps   = landscape\n                 .vps  = portrait\n"
                      "                 .cps  = color, landscape\n                 .cvps = colour, portrait\n"
                      "     Enter file name : "),
@@ -287,7 +282,7 @@ TEST(Session, OverviewSheet) {
     ASSERT_EQ(feet.size(), 1u);  // one page foot for the sheet
     EXPECT_EQ(feet[0]->texts[0], "p 002  22.11  09:05");
     // nine plot passes and no menu in between: three menus in all
-    EXPECT_EQ(count(c, " " + std::string(74, '-')), 3u);
+    EXPECT_EQ(count_of(c, " " + std::string(74, '-')), 3u);
 
     Harness anon;
     anon.dir.write(".Zemit.001", emit_table(3));
@@ -314,8 +309,8 @@ TEST(Session, NumberOfBins) {
     const std::string c = h.console();
     EXPECT_NE(c.find(" Err. FOM(3)\n"), std::string::npos);
     EXPECT_NE(c.find("     Current number of bins:   10\n     Enter new number of bins: "), std::string::npos);
-    EXPECT_EQ(count(c, "The number of bins must lie between 1 and 3200"), 2u);
-    EXPECT_EQ(count(c, "Not a whole number: ten"), 1u);
+    EXPECT_EQ(count_of(c, "The number of bins must lie between 1 and 3200"), 2u);
+    EXPECT_EQ(count_of(c, "Not a whole number: ten"), 1u);
 
     Harness without;  // no .Error: the row has no text and no effect
     two_runs(without);
@@ -341,22 +336,60 @@ TEST(Session, ReadErrorInATableStopsWithFileAndLine) {
     EXPECT_NE(c.find("          Program stops\n"), std::string::npos);
 }
 
+namespace {
+
+// Copies a run directory, draws rows 1 to 13 of page one (and `more` rows
+// after them) and ends; the frames drawn on the plot window are returned.
+std::size_t draw_page_one(Harness& h, const std::string& from, const std::string& arg, std::vector<int> more = {}) {
+    for (const auto& e : std::filesystem::directory_iterator(from))
+        std::filesystem::copy_file(e.path(), h.dir.file(e.path().filename().string()));
+    for (int row = 1; row <= 13; ++row) h.row(row);
+    for (int row : more) h.row(row);
+    h.row(25);
+    EXPECT_EQ(h.run({arg}), 0) << arg;
+    const std::string c = h.console();
+    EXPECT_EQ(c.find("Error"), std::string::npos) << arg << c;
+    EXPECT_EQ(c.find("Enter"), std::string::npos) << arg;  // no prompt was met
+    for (auto* line : h.g.named_on("pgline", h.session().window.PLOT_DEVICE))
+        for (float y : line->ys) EXPECT_TRUE(std::isfinite(y)) << arg;
+    return h.g.named_on("pgenv", h.session().window.PLOT_DEVICE).size();
+}
+
+}  // namespace
+
 TEST(Session, BundledExampleDrawsEveryPlotOfPageOne) {
     for (const char* run : {"rfgun,1", "rfgun,2", "rfgun,3"}) {
         Harness h;
-        for (const auto& e : std::filesystem::directory_iterator(std::string(VIEWER_SOURCE_DIR) + "/examples"))
-            std::filesystem::copy_file(e.path(), h.dir.file(e.path().filename().string()));
-        for (int row = 1; row <= 13; ++row) h.row(row);
-        h.row(18);  // and once more with the aperture outline
-        h.row(25);
-        EXPECT_EQ(h.run({run}), 0) << run;
-        const std::string c = h.console();
-        EXPECT_EQ(c.find("Error"), std::string::npos) << run << c;
-        EXPECT_EQ(c.find("Enter aperture file name"), std::string::npos) << run;
-        // rows 1 to 11 and 13 have one frame, row 12 two, the redraw of 13 one more
-        EXPECT_EQ(h.g.named_on("pgenv", h.session().window.PLOT_DEVICE).size(), 15u) << run;
+        // rows 1 to 11 and 13 have one frame, row 12 two, the redraw of 13 with the outline one more
+        EXPECT_EQ(draw_page_one(h, std::string(VIEWER_SOURCE_DIR) + "/examples", run, {18}), 15u) << run;
         EXPECT_TRUE(h.session().logo.GEOMETRY_LOADED) << run;
-        for (auto* line : h.g.named_on("pgline", h.session().window.PLOT_DEVICE))
-            for (float y : line->ys) EXPECT_TRUE(std::isfinite(y)) << run;
     }
+}
+
+TEST(Session, RealRunsDrawEveryPlotOfPageOneTheyHaveTablesFor) {
+    const std::filesystem::path root = std::filesystem::path(VIEWER_SOURCE_DIR) / ".." / "shared" / "realdata";
+    if (!std::filesystem::is_directory(root)) GTEST_SKIP() << "no real run tables at " << root;
+    int drawn = 0;
+    for (const auto& dir : std::filesystem::directory_iterator(root)) {
+        if (!dir.is_directory()) continue;
+        std::string project;
+        bool beam = false, ref = false;
+        for (const auto& e : std::filesystem::directory_iterator(dir.path())) {
+            const std::string name = e.path().filename().string();
+            for (const char* kind : {".Zemit.", ".ref."})
+                if (auto p = name.find(kind); p != std::string::npos) {
+                    project = name.substr(0, p);
+                    (kind[1] == 'Z' ? beam : ref) = true;
+                }
+        }
+        if (project.empty()) continue;  // no table of page one
+        Harness h;
+        // a row without its tables still draws its empty frame
+        EXPECT_EQ(draw_page_one(h, dir.path().string(), project + ",1"), 14u) << dir.path();
+        int curves = 0;
+        for (auto* line : h.g.named_on("pgline", h.session().window.PLOT_DEVICE)) curves += line->args[0] > 1;
+        EXPECT_EQ(curves, (beam ? 12 : 0) + (ref ? 5 : 0)) << dir.path();
+        drawn += curves;
+    }
+    EXPECT_GT(drawn, 0);
 }

