@@ -67,7 +67,6 @@ struct ReleaseAtEnd {
     Session& s;
     ~ReleaseAtEnd() {
         s.fit_variables.release();
-        s.fit_variables.N_FIT = 0;
         s.ref.store_file.reset();
     }
 };
@@ -87,7 +86,6 @@ void fit_hook(Session& s, int& ID_F, int NP, const float* X, const float* Y1, co
     ReleaseAtEnd release{s};
     FitVariables& fv = s.fit_variables;
     fv.release();  // a curve is only ever the one of this pass
-    fv.N_FIT = 0;
     // A hardcopy repeats the saved pick without showing the menu.
     if (!s.logo.TO_FILE) fit_menu(s, ID_F);
     const int n_curves = Y2 ? 2 : 1;

@@ -11,8 +11,10 @@ struct FitVariables {
     std::vector<float> X_FIT;   // abscissae of both curves
     int N_FIT = 0;              // points to draw; 0 or less: nothing
 
-    // Releases every array; nothing outlives one pass of the hook.
+    // Releases every array and leaves nothing to draw; nothing outlives one
+    // pass of the hook.
     void release() {
+        N_FIT = 0;
         Y1_FIT = {};
         Y2_FIT = {};
         X_FIT = {};

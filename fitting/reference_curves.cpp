@@ -56,7 +56,6 @@ void end_store(Session& s) {
 void refuse_read(Session& s, const std::string& message) {
     s.con.out << "     Cannot read reference file: " << message << '\n';
     s.fit_variables.release();
-    s.fit_variables.N_FIT = 0;
 }
 
 }  // namespace
