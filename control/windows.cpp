@@ -178,9 +178,7 @@ void set_win_config(Session& s) {
     std::ifstream in(name);
     if (!in || !read_win_config(in, s.win_config)) {
         s.win_config = WinConfig{};
-        s.con.out << "\n          Error reading win_config.dat\n          Program stops\n\n";
-        s.con.out.flush();
-        exit_prog();
+        s.con.fail("Error reading win_config.dat");
     }
 }
 
