@@ -14,9 +14,10 @@
 #include <streambuf>
 #include <string>
 
-#include "control/fortran_format.hpp"
-#include "control/session.hpp"
+#include "core/fortran_format.hpp"
+#include "core/session.hpp"
 #include "evolution/plots.hpp"
+#include "tests/support/recording_graphics.hpp"
 
 namespace {
 

@@ -14,9 +14,9 @@
 #include <string>
 #include <vector>
 
-#include "control/fortran_format.hpp"
-#include "control/records.hpp"
-#include "evolution/run_files.hpp"
+#include "core/fortran_format.hpp"
+#include "core/records.hpp"
+#include "core/run_files.hpp"
 
 namespace {
 

@@ -2,8 +2,8 @@
 // (horizontal black, vertical red or dashed), longitudinal from .Zemit.
 #include <cmath>
 
-#include "evolution/frame.hpp"
 #include "evolution/plots.hpp"
+#include "plot/frame.hpp"
 
 namespace viewer {
 
@@ -22,84 +22,93 @@ float beta_of_energy(float E) {
 }  // namespace
 
 void pgex1(Session& s, int N) {
-    plot_along_z(s, N, {.plot = 1,
-                        .tables = {table::Xemit, table::Yemit},
-                        .curves = {col(table::Xemit, xemit::NX_EMIT), col(table::Yemit, yemit::NY_EMIT)},
-                        .ymin = YminRule::zero,
-                        .labels = {kZ, "\\ge \\gp \\fimrad mm ", "Transverse Emittance"},
-                        .overlay = Overlay::upper});
+    plot_along_z(s, N,
+                 {.plot = 1,
+                  .tables = {Kind::Xemit, Kind::Yemit},
+                  .curves = {col(Kind::Xemit, xemit::NX_EMIT), col(Kind::Yemit, yemit::NY_EMIT)},
+                  .ymin = YminRule::zero,
+                  .labels = {kZ, "\\ge \\gp \\fimrad mm ", "Transverse Emittance"},
+                  .overlay = Overlay::upper});
 }
 
 void pgex2(Session& s, int N) {
-    plot_along_z(s, N, {.plot = 2,
-                        .tables = {table::Xemit, table::Yemit},
-                        .curves = {col(table::Xemit, xemit::X_RMS), col(table::Yemit, yemit::Y_RMS)},
-                        .ymin = YminRule::zero,
-                        .labels = {kZ, "\\gs\\fix \\gs\\fiy \\fimm", "Beam Size"},
-                        .overlay = Overlay::upper});
+    plot_along_z(s, N,
+                 {.plot = 2,
+                  .tables = {Kind::Xemit, Kind::Yemit},
+                  .curves = {col(Kind::Xemit, xemit::X_RMS), col(Kind::Yemit, yemit::Y_RMS)},
+                  .ymin = YminRule::zero,
+                  .labels = {kZ, "\\gs\\fix \\gs\\fiy \\fimm", "Beam Size"},
+                  .overlay = Overlay::upper});
 }
 
 void pgex3(Session& s, int N) {
-    plot_along_z(s, N, {.plot = 3,
-                        .tables = {table::Xemit, table::Yemit},
-                        .curves = {col(table::Xemit, xemit::XP_RMS), col(table::Yemit, yemit::YP_RMS)},
-                        .ymin = YminRule::zero,
-                        .labels = {kZ, "\\fipx/pz  py/pz mrad", "Beam Divergence"},
-                        .overlay = Overlay::upper});
+    plot_along_z(s, N,
+                 {.plot = 3,
+                  .tables = {Kind::Xemit, Kind::Yemit},
+                  .curves = {col(Kind::Xemit, xemit::XP_RMS), col(Kind::Yemit, yemit::YP_RMS)},
+                  .ymin = YminRule::zero,
+                  .labels = {kZ, "\\fipx/pz  py/pz mrad", "Beam Divergence"},
+                  .overlay = Overlay::upper});
 }
 
 void pgex4(Session& s, int N) {
-    plot_along_z(s, N, {.plot = 4,
-                        .tables = {table::Zemit},
-                        .curves = {col(table::Zemit, zemit::NZ_EMIT)},
-                        .ymin = YminRule::zero,
-                        .labels = {kZ, "\\ge\\fiz \\gp \\fikeV mm", "Longitudinal Emittance"},
-                        .overlay = Overlay::upper});
+    plot_along_z(s, N,
+                 {.plot = 4,
+                  .tables = {Kind::Zemit},
+                  .curves = {col(Kind::Zemit, zemit::NZ_EMIT)},
+                  .ymin = YminRule::zero,
+                  .labels = {kZ, "\\ge\\fiz \\gp \\fikeV mm", "Longitudinal Emittance"},
+                  .overlay = Overlay::upper});
 }
 
 void pgex5(Session& s, int N) {
-    plot_along_z(s, N, {.plot = 5,
-                        .tables = {table::Zemit},
-                        .curves = {col(table::Zemit, zemit::Z_RMS)},
-                        .ymin = YminRule::zero,
-                        .labels = {kZ, "\\gs\\fiz mm", "Bunch Length"},
-                        .overlay = Overlay::upper});
+    plot_along_z(s, N,
+                 {.plot = 5,
+                  .tables = {Kind::Zemit},
+                  .curves = {col(Kind::Zemit, zemit::Z_RMS)},
+                  .ymin = YminRule::zero,
+                  .labels = {kZ, "\\gs\\fiz mm", "Bunch Length"},
+                  .overlay = Overlay::upper});
 }
 
 void pgex6(Session& s, int N) {
-    plot_along_z(s, N, {.plot = 6,
-                        .tables = {table::Zemit},
-                        .curves = {col(table::Zemit, zemit::E_RMS)},
-                        .ymin = YminRule::zero,
-                        .labels = {kZ, "\\gD\\fiE keV", "rms Energy Spread"},
-                        .overlay = Overlay::upper});
+    plot_along_z(s, N,
+                 {.plot = 6,
+                  .tables = {Kind::Zemit},
+                  .curves = {col(Kind::Zemit, zemit::E_RMS)},
+                  .ymin = YminRule::zero,
+                  .labels = {kZ, "\\gD\\fiE keV", "rms Energy Spread"},
+                  .overlay = Overlay::upper});
 }
 
 void pgex7(Session& s, int N) {
-    plot_along_z(s, N, {.plot = 7,
-                        .tables = {table::Zemit},
-                        .curves = {col(table::Zemit, zemit::CO_EZ)},
-                        .ymin = YminRule::margin,
-                        .labels = {kZ, "\\gD\\fiE keV", "correlated Energy Spread"},
-                        .overlay = Overlay::mirrored});
+    plot_along_z(s, N,
+                 {.plot = 7,
+                  .tables = {Kind::Zemit},
+                  .curves = {col(Kind::Zemit, zemit::CO_EZ)},
+                  .ymin = YminRule::margin,
+                  .labels = {kZ, "\\gD\\fiE keV", "correlated Energy Spread"},
+                  .overlay = Overlay::mirrored});
 }
 
 void pgex8(Session& s, int N) {
-    plot_along_z(s, N, {.plot = 8,
-                        .tables = {table::Zemit},
-                        .curves = {col(table::Zemit, zemit::E_MEAN)},
-                        .ymin = YminRule::margin,
-                        .labels = {kZ, "\\fiE MeV", "average particle energy"},
-                        .overlay = Overlay::upper});
+    plot_along_z(s, N,
+                 {.plot = 8,
+                  .tables = {Kind::Zemit},
+                  .curves = {col(Kind::Zemit, zemit::E_MEAN)},
+                  .ymin = YminRule::margin,
+                  .labels = {kZ, "\\fiE MeV", "average particle energy"},
+                  .overlay = Overlay::upper});
 }
 
 void pgex9(Session& s, int N) {
-    plot_along_z(s, N, {.plot = 9,
-                        .tables = {table::Zemit},
-                        .curves = {col(table::Zemit, zemit::E_MEAN, beta_of_energy)},
-                        .ymin = YminRule::margin,
-                        .labels = {kZ, "\\gb", "Particle velocity"},
-                        .overlay = Overlay::upper});
+    plot_along_z(s, N,
+                 {.plot = 9,
+                  .tables = {Kind::Zemit},
+                  .curves = {col(Kind::Zemit, zemit::E_MEAN, beta_of_energy)},
+                  .ymin = YminRule::margin,
+                  .labels = {kZ, "\\gb", "Particle velocity"},
+                  .overlay = Overlay::upper});
 }
 
 }  // namespace viewer

@@ -8,7 +8,7 @@
 #include <ostream>
 #include <string_view>
 
-#include "control/fortran_format.hpp"
+#include "core/fortran_format.hpp"
 
 namespace viewer {
 namespace {

@@ -2,7 +2,7 @@
 // curves, and the hook by which a plot draws a fit over its curves.
 #pragma once
 
-#include "control/session.hpp"
+#include "core/session.hpp"
 
 namespace viewer {
 

@@ -5,7 +5,7 @@
 #include <ostream>
 #include <string>
 
-#include "control/fortran_format.hpp"
+#include "core/fortran_format.hpp"
 
 namespace viewer {
 

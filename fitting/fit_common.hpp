@@ -7,7 +7,7 @@
 #include <span>
 #include <string_view>
 
-#include "control/session.hpp"
+#include "core/session.hpp"
 
 namespace viewer {
 

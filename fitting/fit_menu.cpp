@@ -4,7 +4,7 @@
 #include <ostream>
 #include <string_view>
 
-#include "control/fortran_format.hpp"
+#include "core/fortran_format.hpp"
 #include "fitting/fit.hpp"
 
 namespace viewer {

@@ -333,8 +333,8 @@ void gauss_fit(Session& s, const FitCall& c) {
 void dgauss_fit(Session& s, const FitCall& c) {
     const IterativeFit r = solve_dgauss_fit(c.xs(), c.ys());
     if (!admitted(s, r)) return;
-    static constexpr const char* kLabels[] = {"a_1   =  ", "sig_1 =  ", "x0_1  =  ",
-                                              "a_2   =  ", "sig_2 =  ", "x0_2  =  "};
+    static constexpr const char* kLabels[] = {
+        "a_1   =  ", "sig_1 =  ", "x0_1  =  ", "a_2   =  ", "sig_2 =  ", "x0_2  =  "};
     report_gaussians(s, c, r,
                      "gauss fit: Y = a_1/(sqrt(2*Pi)*sig_1)*exp(-0.5*((x-x0_1)/sig_1)**2)+\n"
                      "                    a_2/(sqrt(2*Pi)*sig_2)*exp(-0.5*((x-x0_2)/sig_2)**2)",

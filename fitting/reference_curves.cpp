@@ -10,9 +10,9 @@
 #include <ostream>
 #include <string>
 
-#include "control/fortran_format.hpp"
-#include "evolution/run_files.hpp"
-#include "evolution/statistics.hpp"
+#include "core/fortran_format.hpp"
+#include "core/run_files.hpp"
+#include "core/statistics.hpp"
 
 namespace viewer {
 namespace {

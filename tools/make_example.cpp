@@ -51,7 +51,7 @@
 #include <string>
 #include <vector>
 
-#include "control/fortran_format.hpp"
+#include "core/fortran_format.hpp"
 
 namespace {
 
@@ -60,14 +60,14 @@ using viewer::fmt_exp;
 using viewer::fmt_i;
 
 constexpr double kPi = 3.14159265358979323846;
-constexpr double kMe = 0.51099895;        // MeV, electron rest energy
-constexpr double kC = 0.299792458;        // m/ns
+constexpr double kMe = 0.51099895;          // MeV, electron rest energy
+constexpr double kC = 0.299792458;          // m/ns
 constexpr double kEps0 = 8.8541878128e-12;  // F/m
-constexpr double kZEnd = 5.0;             // m, end of the beam line
-constexpr double kZSol = 0.30;            // m, solenoid centre
-constexpr double kGunEnd = 0.20;          // m
-constexpr int kZRecords = 300;            // records of the tables along z
-constexpr int kParticles = 200000;        // macro particles at the start
+constexpr double kZEnd = 5.0;               // m, end of the beam line
+constexpr double kZSol = 0.30;              // m, solenoid centre
+constexpr double kGunEnd = 0.20;            // m
+constexpr int kZRecords = 300;              // records of the tables along z
+constexpr int kParticles = 200000;          // macro particles at the start
 
 // splitmix64: a fixed-seed generator whose sequence does not depend on the
 // standard library, so the files are the same everywhere.
@@ -86,7 +86,9 @@ struct Rng {
     }
 };
 
-double gauss(double x, double mu, double s) { return std::exp(-0.5 * (x - mu) * (x - mu) / (s * s)); }
+double gauss(double x, double mu, double s) {
+    return std::exp(-0.5 * (x - mu) * (x - mu) / (s * s));
+}
 
 // The settings that make one run differ from another.
 struct Settings {
@@ -234,7 +236,8 @@ private:
 
 class Out {
 public:
-    Out(const std::string& dir, const std::string& name) : path_(dir + "/" + name), f_(path_, std::ios::binary) {
+    Out(const std::string& dir, const std::string& name)
+        : path_(dir + "/" + name), f_(path_, std::ios::binary) {
         if (!f_) {
             std::cerr << "make_example: cannot write " << path_ << "\n";
             std::exit(1);
@@ -306,8 +309,8 @@ void write_part(const std::string& dir, const std::string& suffix, int run, cons
     for (double zz : z_positions()) {
         Beam b = m.at(zz);
         double k = kept * (1 - 0.02 * std::tanh(zz));
-        c.fixed({zz, b.t, std::sqrt(k) * b.sx, std::sqrt(k) * b.sy, (0.55 + 0.3 * k) * b.ex, (0.55 + 0.3 * k) * b.ey,
-                 k * b.q, (1 - k) * b.q});
+        c.fixed({zz, b.t, std::sqrt(k) * b.sx, std::sqrt(k) * b.sy, (0.55 + 0.3 * k) * b.ex,
+                 (0.55 + 0.3 * k) * b.ey, k * b.q, (1 - k) * b.q});
     }
 }
 
@@ -319,8 +322,8 @@ void write_losses(const std::string& dir, int run, const Model& m) {
         Beam b = m.at(zz);
         double lost = std::round(prev.n - b.n);
         double per_particle = m.settings().charge * 1e-9 / kParticles * 1e6;  // J per MeV
-        f.fixed({zz, std::round(b.n), b.q, lost, lost * b.e * per_particle,
-                 (b.e - prev.e) * 1e6 * b.q * 1e-9});
+        f.fixed(
+            {zz, std::round(b.n), b.q, lost, lost * b.e * per_particle, (b.e - prev.e) * 1e6 * b.q * 1e-9});
         prev = b;
     }
 }
@@ -438,12 +441,12 @@ void write_tracks(const std::string& dir, int run, const Model& m, bool three_d)
 
 void write_cathode(const std::string& dir, int run, const Model& m) {
     Out f(dir, name(".Cathode", run));
-    const double sigma_t = 0.004;                  // ns, laser pulse
-    const double e0 = 60e6 * m.settings().e_gun / 6.2;  // V/m, gun gradient
-    const double a = e0 * 1.75882001e11;           // m/s^2
-    const double c = kC * 1e9;                     // m/s
+    const double sigma_t = 0.004;                              // ns, laser pulse
+    const double e0 = 60e6 * m.settings().e_gun / 6.2;         // V/m, gun gradient
+    const double a = e0 * 1.75882001e11;                       // m/s^2
+    const double c = kC * 1e9;                                 // m/s
     const double radius = 1.2e-3 * m.settings().sigma0 / 0.4;  // m, emitting area
-    auto flight = [&](double tau) {  // m, after tau ns from rest
+    auto flight = [&](double tau) {                            // m, after tau ns from rest
         double s = a * tau * 1e-9 / c;
         return tau > 0 ? c * c / a * (std::sqrt(1 + s * s) - 1) : 0.0;
     };
@@ -463,7 +466,8 @@ void write_cathode(const std::string& dir, int run, const Model& m) {
         double ez = q * 1e-9 / (2 * kEps0 * kPi * radius * radius) * (1 - zm / std::hypot(zm, radius));
         double eacc = -e0 * std::sin(2 * kPi * 1.3 * t + 0.7);
         bool emitting = t < 3 * sigma_t;
-        f.fixed({zm, t, ez, eacc, q, w > 0 ? last - zm : 0.0, w > 0 ? first - zm : 0.0}, emitting ? "  T" : "  F");
+        f.fixed({zm, t, ez, eacc, q, w > 0 ? last - zm : 0.0, w > 0 ? first - zm : 0.0},
+                emitting ? "  T" : "  F");
     }
 }
 
@@ -477,7 +481,8 @@ void write_phase_scans(const std::string& dir, int run, const Model& m) {
             if (ph >= 5 && ph <= 175) {
                 double window = std::pow(std::sin(kPi * (ph - 5) / 170.0), 0.4);
                 e = emax * window * (1 - 0.25 * std::pow((ph - 60) / 115.0, 2));
-                double time_comp = 0.6 + 0.5 * (1 - std::cos(kPi * (ph - 5) / 170.0)) * (1.1 - 0.1 * gradient);
+                double time_comp =
+                    0.6 + 0.5 * (1 - std::cos(kPi * (ph - 5) / 170.0)) * (1.1 - 0.1 * gradient);
                 brat = beta0 / Model::beta(e);
                 comp = time_comp / brat;
             }
@@ -491,8 +496,9 @@ std::array<double, 11> figures(const Model& m, double jitter, Rng& rng) {
     double zz = std::min(kZEnd, m.waist() + 0.6);  // the emittance minimum
     Beam b = m.at(zz);
     auto j = [&](double v) { return v * (1 + jitter * rng.normal()); };
-    return {j(zz), j(b.ex), j(b.ey), j(b.sx), j(b.sy), j(b.e), j(b.se), j(b.sz), j(b.ez),
-            100 * b.n / kParticles, j(b.dx)};
+    return {j(zz),  j(b.ex), j(b.ey), j(b.sx), j(b.sy),
+            j(b.e), j(b.se), j(b.sz), j(b.ez), 100 * b.n / kParticles,
+            j(b.dx)};
 }
 
 const char* const kFigureLabels[11][2] = {
@@ -509,7 +515,9 @@ const char* const kFigureLabels[11][2] = {
     {"\\gs\\dx'\\u mrad", "Divergence x"},
 };
 
-std::string a80(const std::string& s) { return viewer::pad(s, 80); }
+std::string a80(const std::string& s) {
+    return viewer::pad(s, 80);
+}
 
 // Label groups in the order of the scan columns: 10 figures, then position.
 void write_labels(const std::string& dir, const std::string& suffix, int run, const std::string& xlabel,
@@ -561,12 +569,14 @@ void write_geometry(const std::string& dir) {
     };
     const double r_cell = 90.0, r_iris = 20.0;  // mm
     auto cell = [&](double z0, double z1, bool wall_at_start) {
-        if (wall_at_start) point(z0, r_cell);
-        else point(z0, r_iris);
+        if (wall_at_start)
+            point(z0, r_cell);
+        else
+            point(z0, r_iris);
         for (int i = 1; i < 24; ++i) {
             double u = static_cast<double>(i) / 24;
-            double shape = wall_at_start ? std::pow(std::cos(0.5 * kPi * u), 0.15)
-                                         : std::pow(std::sin(kPi * u), 0.25);
+            double shape =
+                wall_at_start ? std::pow(std::cos(0.5 * kPi * u), 0.15) : std::pow(std::sin(kPi * u), 0.25);
             point(z0 + (z1 - z0) * u, r_iris + (r_cell - r_iris) * shape);
         }
         point(z1, r_iris);
@@ -606,8 +616,8 @@ void write_run(const std::string& dir, int run, const Settings& s) {
     write_run_series(dir, run, m, 4242 + static_cast<std::uint64_t>(run));
     write_labels(dir, ".lab-E", run, "\\fiseed", "seed");
     write_labels(dir, ".lab", run, "\\fiB\\dsol\\u T", "solenoid field");
-    std::vector<double> fields = {0.200, 0.185, 0.215, 0.190, 0.230, 0.205, 0.175, 0.195, 0.220,
-                                  0.210, 0.180, 0.225, 0.198, 0.202, 0.188, 0.212};
+    std::vector<double> fields = {0.200, 0.185, 0.215, 0.190, 0.230, 0.205, 0.175, 0.195,
+                                  0.220, 0.210, 0.180, 0.225, 0.198, 0.202, 0.188, 0.212};
     if (run == 2)  // the scan went on in the next run
         for (double b : {0.240, 0.170, 0.235, 0.165, 0.245, 0.207, 0.193}) fields.push_back(b);
     write_scan(dir, run, s, fields);

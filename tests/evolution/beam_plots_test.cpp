@@ -8,8 +8,8 @@
 #include <tuple>
 #include <vector>
 
-#include "evolution/frame.hpp"
 #include "evolution/plots.hpp"
+#include "plot/frame.hpp"
 #include "tests/support/harness.hpp"
 
 using namespace viewer;

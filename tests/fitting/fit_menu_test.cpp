@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "control/fortran_format.hpp"
+#include "core/fortran_format.hpp"
 #include "fit_bench.hpp"
 
 using namespace viewer;

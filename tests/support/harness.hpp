@@ -14,12 +14,12 @@
 #include <string>
 #include <vector>
 
-#include "control/graphics.hpp"
-#include "control/main_loop.hpp"
-#include "control/menu.hpp"
-#include "control/records.hpp"
-#include "control/session.hpp"
-#include "control/fortran_format.hpp"
+#include "app/main_loop.hpp"
+#include "app/menu.hpp"
+#include "core/fortran_format.hpp"
+#include "core/records.hpp"
+#include "core/session.hpp"
+#include "tests/support/recording_graphics.hpp"
 
 namespace viewer::testing {
 
@@ -95,7 +95,10 @@ struct Harness {
         if (!s) s = std::make_unique<Session>(g, p, in, out, dir.path);
         return *s;
     }
-    void input(const std::string& text) { in.str(text); in.clear(); }
+    void input(const std::string& text) {
+        in.str(text);
+        in.clear();
+    }
 
     // Runs a whole session with `args` (without the program name).
     int run(const std::vector<std::string>& args) {
@@ -174,8 +177,8 @@ inline ::testing::AssertionResult window_is(const GraphicsCall& c, float x1, flo
     for (std::size_t i = 0; i < 4; ++i) {
         const float got = static_cast<float>(c.args.at(i));
         if (got != want[i] && std::fabs(got - want[i]) > 1e-6f * std::fabs(want[i]))
-            return ::testing::AssertionFailure() << c.name << " argument " << i + 1 << " is " << got << ", not "
-                                                 << want[i];
+            return ::testing::AssertionFailure()
+                   << c.name << " argument " << i + 1 << " is " << got << ", not " << want[i];
     }
     return ::testing::AssertionSuccess();
 }

@@ -1,0 +1,34 @@
+// The five menu pages as one table of data: row, text, condition, plot and
+// panel layout. The page fill, the echo, the dispatch and the overview all
+// read the same rows.
+#pragma once
+
+#include <string>
+
+#include "core/session.hpp"
+
+namespace viewer {
+
+struct MenuRow {
+    int code;                        // 1..25 left row, 31.. right row
+    const char* text;                // as shown when the condition holds
+    bool (*shown)(const Fexist&);    // null: never shown
+    void (*plot)(Session&);          // null: nothing drawn
+    int nx = 1, ny = 1;              // panel layout
+    const char* sub_text = nullptr;  // text while `.Sub_emit` is on show
+};
+
+// The row of `code` on `page`, or null where the page has none.
+const MenuRow* find_row(int page, int code);
+
+// Blanks the page and writes the rows whose conditions hold, and the common
+// rows 19 to 25.
+void page_fill(Session& s);
+
+// Row 18 follows the geometry flag.
+void write_geometry_row(Session& s);
+
+// The text echoed after a pick.
+std::string echo_text(const Session& s, int code);
+
+}  // namespace viewer

@@ -1,0 +1,22 @@
+// The run data set: probing the twenty-two kinds of run file, their
+// existence flags, the open units, and the measured line counts.
+#pragma once
+
+#include <string>
+
+#include "core/session.hpp"
+
+namespace viewer {
+
+// Probes and opens every kind of the current project and run; sets
+// `fexist`, the counts, N_PAGES and NO_FOUND. True when data were found.
+bool load_run(Session& s);
+
+// Number of records of a file: non-blank lines of a text file, or records
+// of a binary file. Missing file: message and stop.
+void get_size(Session& s, const std::string& name, int& count);
+
+// Closes every run file of the run.
+void close_all(Session& s);
+
+}  // namespace viewer

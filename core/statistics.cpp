@@ -1,0 +1,78 @@
+// Running statistics of the plots along z.
+#include "core/statistics.hpp"
+
+#include <ostream>
+
+#include "core/fortran_format.hpp"
+
+namespace viewer {
+
+void mami(PlotState& st, int ID, int I, float Z, float Y) {
+    const int c = ID - 1;
+    if (I == 1) {
+        st.ZMAX = st.ZMIN = Z;
+        st.MAX_A[c] = st.MIN_A[c] = Y;
+        st.MAX_A[c + 2] = st.MIN_A[c + 2] = Z;
+        st.AVR[c] = Y;
+        return;
+    }
+    if (Z > st.ZMAX) st.ZMAX = Z;
+    if (Z < st.ZMIN) st.ZMIN = Z;
+    if (Y > st.MAX_A[c]) {
+        st.MAX_A[c] = Y;
+        st.MAX_A[c + 2] = Z;
+    }
+    if (Y < st.MIN_A[c]) {
+        st.MIN_A[c] = Y;
+        st.MIN_A[c + 2] = Z;
+    }
+    st.AVR[c] = st.AVR[c] + Y;  // 32-bit sum
+}
+
+namespace {
+
+void block(std::ostream& out, float first, float last, float mn, float mn_at, float mx, float mx_at,
+           float avr) {
+    out << "     beginning:                 " << fmt_d(first) << "\n";
+    out << "     end:                       " << fmt_d(last) << "\n";
+    out << "     minimum:                   " << fmt_d(mn) << "  at z = " << fmt_d(mn_at) << "\n";
+    out << "     maximum:                   " << fmt_d(mx) << "  at z = " << fmt_d(mx_at) << "\n";
+    out << "     average:                   " << fmt_d(avr) << "\n";
+    out << "\n";
+}
+
+}  // namespace
+
+void out_mami(std::ostream& out, PlotState& st, int NP, int ID, const float* Y1, const float* Y2) {
+    if (NP < 1) {
+        st.MAX_A = {0, 0, 0, 0};
+        st.MIN_A = {0, 0, 0, 0};
+        return;
+    }
+    const float f = 1.0f / static_cast<float>(NP);
+    st.AVR[0] *= f;
+    st.AVR[1] *= f;
+    if (ID == 2)
+        out << "\n     1: black (horizontal): \n";
+    else
+        out << "\n       \n";
+    block(out, Y1[0], Y1[NP - 1], st.MIN_A[0], st.MIN_A[2], st.MAX_A[0], st.MAX_A[2], st.AVR[0]);
+    if (ID == 2) {
+        out << "     2: red (vertical): \n";
+        block(out, Y2[0], Y2[NP - 1], st.MIN_A[1], st.MIN_A[3], st.MAX_A[1], st.MAX_A[3], st.AVR[1]);
+    }
+}
+
+void check(float& UPPER, float& LOWER) {
+    if (UPPER != LOWER) return;
+    if (UPPER == 0.0f) {
+        UPPER = 0.1f;
+        LOWER = -0.1f;
+    } else {
+        const float v = UPPER;
+        UPPER = 1.1f * v;
+        LOWER = 0.9f * v;
+    }
+}
+
+}  // namespace viewer

@@ -1,0 +1,23 @@
+// Running extremes and sum of a curve, the console statistics block, and the
+// repair of an empty range: the helpers every plot along z shares.
+#pragma once
+
+#include <iosfwd>
+
+#include "core/session.hpp"
+
+namespace viewer {
+
+// Folds point `I` (1-based) of curve `ID` (1 or 2) into the running values
+// of `st`: MAX_A, MIN_A (with where they were first met), AVR, ZMAX, ZMIN.
+void mami(PlotState& st, int ID, int I, float Z, float Y);
+
+// Turns the sums into averages and prints the statistics block of `ID`
+// curves (1 or 2). With NP below 1 it clears the extremes and prints nothing.
+void out_mami(std::ostream& out, PlotState& st, int NP, int ID, const float* Y1, const float* Y2);
+
+// Mends an empty range in place: equal bounds open by 10 % of the value,
+// or to -0.1 .. 0.1 around zero.
+void check(float& UPPER, float& LOWER);
+
+}  // namespace viewer
