@@ -52,12 +52,16 @@
 #include <vector>
 
 #include "core/fortran_format.hpp"
+#include "core/run_catalogue.hpp"
 
 namespace {
 
 using viewer::fmt_e12_4;
 using viewer::fmt_exp;
 using viewer::fmt_i;
+using viewer::Kind;
+using viewer::run_file_name;
+using viewer::run_kind;
 
 constexpr double kPi = 3.14159265358979323846;
 constexpr double kMe = 0.51099895;          // MeV, electron rest energy
@@ -256,10 +260,10 @@ private:
     std::ofstream f_;
 };
 
-std::string name(const std::string& suffix, int run) {
+std::string name(Kind kind, int run) {
     char r[8];
     std::snprintf(r, sizeof r, ".%03d", run);
-    return "rfgun" + suffix + r;
+    return run_file_name(run_kind(kind), "rfgun", r);
 }
 
 std::vector<double> z_positions() {
@@ -269,7 +273,7 @@ std::vector<double> z_positions() {
 }
 
 void write_emittance_tables(const std::string& dir, int run, const Model& m, bool with_correlations) {
-    Out x(dir, name(".Xemit", run)), y(dir, name(".Yemit", run)), z(dir, name(".Zemit", run));
+    Out x(dir, name(Kind::Xemit, run)), y(dir, name(Kind::Yemit, run)), z(dir, name(Kind::Zemit, run));
     for (double zz : z_positions()) {
         Beam b = m.at(zz);
         double offset = 2e-3 * std::sin(2 * kPi * zz / 3);  // mm, a small misalignment
@@ -278,8 +282,8 @@ void write_emittance_tables(const std::string& dir, int run, const Model& m, boo
         z.fixed({zz, b.t, b.e, b.sz, b.se, b.ez, 0.95 * b.se});
     }
     if (!with_correlations) return;
-    Out x2(dir, name(".Xemit2", run)), y2(dir, name(".Yemit2", run)), z2(dir, name(".Zemit2", run));
-    Out tr(dir, name(".TRemit", run));
+    Out x2(dir, name(Kind::Xemit2, run)), y2(dir, name(Kind::Yemit2, run)), z2(dir, name(Kind::Zemit2, run));
+    Out tr(dir, name(Kind::TRemit, run));
     for (double zz : z_positions()) {
         Beam b = m.at(zz);
         double k = 1 - std::exp(-zz / 0.3);  // correlations build up behind the gun
@@ -291,8 +295,7 @@ void write_emittance_tables(const std::string& dir, int run, const Model& m, boo
 }
 
 // Core emittances: `frac` are the ratios of the three cores to the full beam.
-void write_core(const std::string& dir, const std::string& suffix, int run, const Model& m,
-                std::array<double, 3> frac) {
+void write_core(const std::string& dir, Kind suffix, int run, const Model& m, std::array<double, 3> frac) {
     Out c(dir, name(suffix, run));
     for (double zz : z_positions()) {
         Beam b = m.at(zz);
@@ -304,7 +307,7 @@ void write_core(const std::string& dir, const std::string& suffix, int run, cons
 }
 
 // A part of the beam: `kept` is its share of the charge.
-void write_part(const std::string& dir, const std::string& suffix, int run, const Model& m, double kept) {
+void write_part(const std::string& dir, Kind suffix, int run, const Model& m, double kept) {
     Out c(dir, name(suffix, run));
     for (double zz : z_positions()) {
         Beam b = m.at(zz);
@@ -315,7 +318,7 @@ void write_part(const std::string& dir, const std::string& suffix, int run, cons
 }
 
 void write_losses(const std::string& dir, int run, const Model& m) {
-    Out f(dir, name(".LandF", run));
+    Out f(dir, name(Kind::LandF, run));
     Beam prev = m.at(0);
     f.fixed({0.0, prev.n, prev.q, 0.0, 0.0, 0.0});
     for (double zz : z_positions()) {
@@ -329,7 +332,7 @@ void write_losses(const std::string& dir, int run, const Model& m) {
 }
 
 void write_sigma(const std::string& dir, int run, const Model& m) {
-    Out f(dir, name(".Sigma", run));
+    Out f(dir, name(Kind::Sigma, run));
     for (int i = 1; i <= 200; ++i) {
         double zz = kZEnd * i / 200;
         Beam b = m.at(zz);
@@ -371,7 +374,7 @@ void write_sigma(const std::string& dir, int run, const Model& m) {
 }
 
 void write_reference(const std::string& dir, int run, const Model& m) {
-    Out f(dir, name(".ref", run));
+    Out f(dir, name(Kind::ref, run));
     const double t_end = m.time(kZEnd);
     for (int i = 1; i <= 800; ++i) {
         double t = t_end * i / 800;
@@ -387,7 +390,7 @@ void write_reference(const std::string& dir, int run, const Model& m) {
 }
 
 void write_tcheck(const std::string& dir, int run, const Model& m) {
-    Out f(dir, name(".tcheck", run));
+    Out f(dir, name(Kind::tcheck, run));
     const double t_end = m.time(kZEnd);
     for (int i = 0; i < 20; ++i)  // emission: no scaling yet
         f.fixed({0.0, -0.012 + 0.0012 * i, 0, 0, 0, 0, 0}, fmt_i(0, 10).c_str());
@@ -406,7 +409,7 @@ void write_tcheck(const std::string& dir, int run, const Model& m) {
 }
 
 void write_tracks(const std::string& dir, int run, const Model& m, bool three_d) {
-    Out f(dir, name(".track", run));
+    Out f(dir, name(Kind::track, run));
     const double t_end = m.time(kZEnd);
     struct Probe {
         double r0, phi, dz;  // mm, rad, mm
@@ -440,7 +443,7 @@ void write_tracks(const std::string& dir, int run, const Model& m, bool three_d)
 }
 
 void write_cathode(const std::string& dir, int run, const Model& m) {
-    Out f(dir, name(".Cathode", run));
+    Out f(dir, name(Kind::Cathode, run));
     const double sigma_t = 0.004;                              // ns, laser pulse
     const double e0 = 60e6 * m.settings().e_gun / 6.2;         // V/m, gun gradient
     const double a = e0 * 1.75882001e11;                       // m/s^2
@@ -472,7 +475,7 @@ void write_cathode(const std::string& dir, int run, const Model& m) {
 }
 
 void write_phase_scans(const std::string& dir, int run, const Model& m) {
-    Out f(dir, name(".PScan", run));
+    Out f(dir, name(Kind::PScan, run));
     const double beta0 = Model::beta(1e-6);  // start at 1 eV
     for (double gradient : {1.0, 0.95, 0.9}) {
         double emax = m.settings().e_gun * gradient;
@@ -520,7 +523,7 @@ std::string a80(const std::string& s) {
 }
 
 // Label groups in the order of the scan columns: 10 figures, then position.
-void write_labels(const std::string& dir, const std::string& suffix, int run, const std::string& xlabel,
+void write_labels(const std::string& dir, Kind suffix, int run, const std::string& xlabel,
                   const std::string& against) {
     Out f(dir, name(suffix, run));
     for (int g = 1; g <= 11; ++g) {
@@ -534,7 +537,7 @@ void write_labels(const std::string& dir, const std::string& suffix, int run, co
 // A solenoid scan; the tracker appends each setting as it is run, so the
 // records are not in the order of the field.
 void write_scan(const std::string& dir, int run, const Settings& base, const std::vector<double>& fields) {
-    Out f(dir, name(".Scan", run));
+    Out f(dir, name(Kind::Scan, run));
     Rng rng{1000};
     for (double b : fields) {
         Settings s = base;
@@ -548,7 +551,7 @@ void write_scan(const std::string& dir, int run, const Settings& base, const std
 }
 
 void write_run_series(const std::string& dir, int run, const Model& m, std::uint64_t seed) {
-    Out f(dir, name(".Error", run));
+    Out f(dir, name(Kind::Error, run));
     Rng rng{seed};
     for (int r = 1; r <= 40; ++r) {
         auto fig = figures(m, 0.02, rng);
@@ -603,19 +606,19 @@ void write_run(const std::string& dir, int run, const Settings& s) {
     write_emittance_tables(dir, run, m, full);
     write_losses(dir, run, m);
     write_reference(dir, run, m);
-    write_core(dir, ".Cemit", run, m, {0.86, 0.74, 0.55});
-    if (run == 1 || run == 3) write_part(dir, ".Sub_emit", run, m, 0.6);
-    if (run == 2 || run == 3) write_part(dir, ".Cr_emit", run, m, 0.97);
+    write_core(dir, Kind::Cemit, run, m, {0.86, 0.74, 0.55});
+    if (run == 1 || run == 3) write_part(dir, Kind::Sub_emit, run, m, 0.6);
+    if (run == 2 || run == 3) write_part(dir, Kind::Cr_emit, run, m, 0.97);
     if (!full) return;
-    if (run == 2) write_core(dir, ".C99emit", run, m, {0.995, 0.97, 0.9});
+    if (run == 2) write_core(dir, Kind::C99emit, run, m, {0.995, 0.97, 0.9});
     write_sigma(dir, run, m);
     write_tcheck(dir, run, m);
     write_tracks(dir, run, m, run == 2);
     write_cathode(dir, run, m);
     write_phase_scans(dir, run, m);
     write_run_series(dir, run, m, 4242 + static_cast<std::uint64_t>(run));
-    write_labels(dir, ".lab-E", run, "\\fiseed", "seed");
-    write_labels(dir, ".lab", run, "\\fiB\\dsol\\u T", "solenoid field");
+    write_labels(dir, Kind::lab_E, run, "\\fiseed", "seed");
+    write_labels(dir, Kind::lab, run, "\\fiB\\dsol\\u T", "solenoid field");
     std::vector<double> fields = {0.200, 0.185, 0.215, 0.190, 0.230, 0.205, 0.175, 0.195,
                                   0.220, 0.210, 0.180, 0.225, 0.198, 0.202, 0.188, 0.212};
     if (run == 2)  // the scan went on in the next run

@@ -14,11 +14,13 @@ click_row 2
 wait_for " rms Beam Size"
 click_row 20
 wait_for " fit, save & read"
+wait_count "2: red (vertical)" 2   # the redraw is done: the fit menu waits next
 sleep 0.5
 click_world 0.03 0.80   # straight line fit
 wait_for "     straight line fit: Y = a + b*x"
 wait_for "     red line: "
 click_row 20
+wait_count "2: red (vertical)" 3
 sleep 0.5
 click_world 0.03 0.05   # EXIT sub menu
 sleep 0.5

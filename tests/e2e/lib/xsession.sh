@@ -71,6 +71,15 @@ wait_for() {
   fail "console never showed '$1'"
 }
 
+# wait_count TEXT N: until the console holds TEXT at least N times.
+wait_count() {
+  for _ in $(seq 1 100); do
+    [ "$(grep -cF -- "$1" "$WORK/out.txt" 2>/dev/null || true)" -ge "$2" ] && return 0
+    sleep 0.1
+  done
+  fail "console never showed '$1' $2 times"
+}
+
 # Clicks world position (x, y) of the menu window: the view surface lies a
 # quarter inch inside the window, x 0 to 0.37 and y 0 to 1.
 click_world() {

@@ -1,0 +1,232 @@
+// The one number parser behind the fixed and the free record readers: the
+// Fortran reading of a field, with exact fast paths for the form the
+// tracker writes. Internal to the readers.
+#pragma once
+
+#include <charconv>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <string_view>
+
+namespace viewer::number {
+
+inline bool is_digit(char c) {
+    return static_cast<unsigned char>(c - '0') < 10;
+}
+inline bool is_blank(char c) {
+    return c == ' ' || c == '\t';
+}
+
+// Powers of ten that are exact in each type, for the exact fast path.
+template <class T>
+struct Exact;
+template <>
+struct Exact<float> {
+    static constexpr std::uint64_t max_mantissa = std::uint64_t{1} << 24;
+    static constexpr int max_pow = 10;
+    static constexpr float pow10[] = {1e0f, 1e1f, 1e2f, 1e3f, 1e4f, 1e5f, 1e6f, 1e7f, 1e8f, 1e9f, 1e10f};
+};
+template <>
+struct Exact<double> {
+    static constexpr std::uint64_t max_mantissa = std::uint64_t{1} << 53;
+    static constexpr int max_pow = 22;
+    static constexpr double pow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                       1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+};
+
+// The digits of a number are read into a 64-bit integer while they fit;
+// past 19 significant digits the conversion goes through from_chars.
+constexpr int kMaxDigits = 19;
+
+// Slow path: the digits without the point, an exponent, and the library's
+// correctly rounded conversion. Beyond the range of T the value goes to
+// zero or infinity, as a formatted read gives it.
+template <class T>
+bool convert_slow(bool neg, const char* ib, const char* ie, const char* fb, const char* fe, long long k,
+                  T& out) {
+    std::string s;
+    s.reserve(static_cast<std::size_t>((ie - ib) + (fe - fb)) + 24);
+    s.append(ib, ie).append(fb, fe);
+    std::size_t lead = s.find_first_not_of('0');
+    if (lead == std::string::npos) {
+        out = neg ? -T(0) : T(0);
+        return true;
+    }
+    // Magnitude: the value lies in [10^(mag-1), 10^mag).
+    long long mag = static_cast<long long>(s.size() - lead) + k;
+    s += 'e';
+    s += std::to_string(k);
+    T v{};
+    auto r = std::from_chars(s.data() + lead, s.data() + s.size(), v);
+    if (r.ec == std::errc::result_out_of_range)
+        v = mag > 0 ? std::numeric_limits<T>::infinity() : T(0);
+    else if (r.ec != std::errc{} || r.ptr != s.data() + s.size())
+        return false;
+    out = neg ? -v : v;
+    return true;
+}
+
+// The Fortran reading of a number without blanks: sign, digits with at most
+// one point, then an exponent `E`, `D` or `Q` with optional sign, or a bare
+// sign; inf and nan as the library spells them. Without a point the last `d`
+// digits are decimals.
+template <class T>
+bool parse_number(const char* p, const char* e, int d, T& out) {
+    bool neg = false;
+    if (p < e && (*p == '+' || *p == '-')) neg = *p++ == '-';
+
+    std::uint64_t m = 0;
+    int sig = 0;  // significant digits taken into m
+    const char* ib = p;
+    while (p < e && *p == '0') ++p;
+    for (; p < e && is_digit(*p); ++p)
+        if (++sig <= kMaxDigits) m = m * 10 + static_cast<unsigned>(*p - '0');
+    const char* ie = p;
+    const char *fb = p, *fe = p;
+    bool point = false;
+    if (p < e && *p == '.') {
+        point = true;
+        fb = ++p;
+        if (sig == 0)
+            while (p < e && *p == '0') ++p;
+        for (; p < e && is_digit(*p); ++p)
+            if (++sig <= kMaxDigits) m = m * 10 + static_cast<unsigned>(*p - '0');
+        fe = p;
+    }
+    if (ie == ib && fe == fb) {
+        // No digit at all: only inf and nan remain.
+        if (point || p == e || !(*p == 'i' || *p == 'I' || *p == 'n' || *p == 'N')) return false;
+        T v{};
+        auto r = std::from_chars(p, e, v);
+        if (r.ec != std::errc{} || r.ptr != e) return false;
+        out = neg ? -v : v;
+        return true;
+    }
+
+    long long x = 0;
+    if (p < e) {
+        char c = *p;
+        if (c == 'E' || c == 'e' || c == 'D' || c == 'd' || c == 'Q' || c == 'q')
+            ++p;
+        else if (c != '+' && c != '-')
+            return false;
+        bool xneg = false;
+        if (p < e && (*p == '+' || *p == '-')) xneg = *p++ == '-';
+        if (p == e) return false;
+        for (; p < e; ++p) {
+            if (!is_digit(*p)) return false;
+            if (x < 100000) x = x * 10 + (*p - '0');  // saturates far outside any range
+        }
+        if (xneg) x = -x;
+    }
+    long long k = x - (fe - fb);
+    if (!point) k -= d;
+
+    if (sig <= kMaxDigits) {
+        if (m == 0) {
+            out = neg ? -T(0) : T(0);
+            return true;
+        }
+        if (m <= Exact<T>::max_mantissa && k >= -Exact<T>::max_pow && k <= Exact<T>::max_pow) {
+            // Both factors are exact, so one rounding gives the correctly
+            // rounded result, the same one from_chars gives.
+            T v = static_cast<T>(m);
+            v = k >= 0 ? v * Exact<T>::pow10[k] : v / Exact<T>::pow10[-k];
+            out = neg ? -v : v;
+            return true;
+        }
+    }
+    return convert_slow(neg, ib, ie, fb, fe, k, out);
+}
+
+// The form the tracker writes, [-]d.ddddE+dd, checked by position: nearly
+// every number of a table takes this path. Same rounding as parse_number.
+template <class T>
+inline bool parse_canonical(const char* b, const char* e, T& out) {
+    if (e - b < 10) return false;
+    const bool neg = *b == '-';
+    const char* p = b + (neg || *b == '+');
+    if (e - p != 10) return false;
+    if (!(is_digit(p[0]) && p[1] == '.' && is_digit(p[2]) && is_digit(p[3]) && is_digit(p[4]) &&
+          is_digit(p[5]) && (p[6] == 'E' || p[6] == 'e') && (p[7] == '+' || p[7] == '-') && is_digit(p[8]) &&
+          is_digit(p[9])))
+        return false;
+    const unsigned m = static_cast<unsigned>(p[0] - '0') * 10000 + static_cast<unsigned>(p[2] - '0') * 1000 +
+                       static_cast<unsigned>(p[3] - '0') * 100 + static_cast<unsigned>(p[4] - '0') * 10 +
+                       static_cast<unsigned>(p[5] - '0');
+    int k = (p[8] - '0') * 10 + (p[9] - '0');
+    k = (p[7] == '-' ? -k : k) - 4;
+    if (k < -Exact<T>::max_pow || k > Exact<T>::max_pow) return false;
+    T v = static_cast<T>(m);
+    v = k >= 0 ? v * Exact<T>::pow10[k] : v / Exact<T>::pow10[-k];
+    out = neg ? -v : v;
+    return true;
+}
+
+// A full 12-column field " -d.ddddE+dd" or "  d.ddddE+dd", the bulk of
+// every fixed table. The tests are combined without branches because signs
+// and exponents vary at random from field to field.
+template <class T>
+inline bool parse_e12_4(const char* f, T& out) {
+    const bool neg = f[1] == '-';
+    const char* p = f + 2;
+    const unsigned d0 = static_cast<unsigned char>(p[0] - '0'), d1 = static_cast<unsigned char>(p[2] - '0'),
+                   d2 = static_cast<unsigned char>(p[3] - '0'), d3 = static_cast<unsigned char>(p[4] - '0'),
+                   d4 = static_cast<unsigned char>(p[5] - '0'), x1 = static_cast<unsigned char>(p[8] - '0'),
+                   x2 = static_cast<unsigned char>(p[9] - '0');
+    const bool ok = (f[0] == ' ') & (neg | (f[1] == ' ')) & (p[1] == '.') & ((p[6] | 0x20) == 'e') &
+                    ((p[7] == '+') | (p[7] == '-')) & (d0 < 10) & (d1 < 10) & (d2 < 10) & (d3 < 10) &
+                    (d4 < 10) & (x1 < 10) & (x2 < 10);
+    if (!ok) return false;
+    const unsigned m = d0 * 10000 + d1 * 1000 + d2 * 100 + d3 * 10 + d4;
+    int k = static_cast<int>(x1 * 10 + x2);
+    k = (p[7] == '-' ? -k : k) - 4;
+    if (k < -Exact<T>::max_pow || k > Exact<T>::max_pow) return false;
+    const T v = static_cast<T>(m);
+    const T up = v * Exact<T>::pow10[k >= 0 ? k : 0];
+    const T down = v / Exact<T>::pow10[k < 0 ? -k : 0];
+    const T r = k >= 0 ? up : down;
+    out = neg ? -r : r;
+    return true;
+}
+
+// A fixed field: blanks around and inside the number are ignored, and a
+// field that holds only blanks reads as zero.
+template <class T>
+bool parse_field(std::string_view field, int d, T& out) {
+    const char* b = field.data();
+    const char* e = b + field.size();
+    while (b < e && is_blank(*b)) ++b;
+    while (e > b && is_blank(e[-1])) --e;
+    if (b == e) {
+        out = T(0);
+        return true;
+    }
+    if (parse_canonical(b, e, out)) return true;
+    const char* q = b;
+    while (q < e && !is_blank(*q)) ++q;
+    if (q == e) return parse_number(b, e, d, out);
+    std::string packed;
+    for (const char* p = b; p < e; ++p)
+        if (!is_blank(*p)) packed += *p;
+    return parse_number(packed.data(), packed.data() + packed.size(), d, out);
+}
+
+inline bool parse_int(const char* p, const char* e, int& out) {
+    bool neg = false;
+    if (p < e && (*p == '+' || *p == '-')) neg = *p++ == '-';
+    if (p == e) return false;
+    long long v = 0;
+    for (; p < e; ++p) {
+        if (!is_digit(*p)) return false;
+        v = v * 10 + (*p - '0');
+        if (v > static_cast<long long>(std::numeric_limits<int>::max()) + 1) return false;
+    }
+    if (neg) v = -v;
+    if (v > std::numeric_limits<int>::max()) return false;
+    out = static_cast<int>(v);
+    return true;
+}
+
+}  // namespace viewer::number

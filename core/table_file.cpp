@@ -1,0 +1,115 @@
+// Run files as streams of lines: block-buffered reads, rewind, and the
+// read error that names file, line and column.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "core/run_files.hpp"
+
+namespace viewer {
+
+RecordError::RecordError(std::string f, long l, int c, std::string w)
+    : std::runtime_error(std::move(w)), file(std::move(f)), line(l), column(c) {}
+
+std::string RecordError::message() const {
+    std::string s = file + ", line " + std::to_string(line);
+    if (column > 0) s += ", column " + std::to_string(column);
+    return s + ": " + what();
+}
+
+namespace {
+constexpr std::size_t kBlock = 1 << 18;  // bytes read per system call
+}  // namespace
+
+TableFile::~TableFile() {
+    close();
+}
+
+bool TableFile::open(const std::string& path) {
+    close();
+    int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return false;
+    struct stat st {};
+    if (::fstat(fd, &st) != 0 || S_ISDIR(st.st_mode)) {  // a directory opens, but reads fail
+        ::close(fd);
+        return false;
+    }
+    fd_ = fd;
+    name_ = path;
+    // A long line of the previous file need not stay in memory.
+    if (buf_.size() != kBlock) std::vector<char>(kBlock).swap(buf_);
+    rewind();
+    return true;
+}
+
+void TableFile::close() {
+    if (fd_ >= 0) ::close(fd_);
+    fd_ = -1;
+    name_.clear();
+    begin_ = end_ = 0;
+    eof_ = false;
+    line_no_ = 0;
+}
+
+void TableFile::rewind() {
+    if (fd_ < 0) return;
+    ::lseek(fd_, 0, SEEK_SET);
+    begin_ = end_ = 0;
+    eof_ = false;
+    line_no_ = 0;
+}
+
+bool TableFile::fill() {
+    if (eof_ || fd_ < 0) return false;
+    if (begin_ > 0) {
+        std::memmove(buf_.data(), buf_.data() + begin_, end_ - begin_);
+        end_ -= begin_;
+        begin_ = 0;
+    }
+    if (end_ == buf_.size()) buf_.resize(buf_.size() * 2);  // a line longer than the buffer
+    ssize_t got;
+    do {
+        got = ::read(fd_, buf_.data() + end_, buf_.size() - end_);
+    } while (got < 0 && errno == EINTR);
+    if (got < 0)
+        throw RecordError(name_, line_no_ + 1, 0, std::string("read error: ") + std::strerror(errno));
+    if (got == 0) {
+        eof_ = true;
+        return false;
+    }
+    end_ += static_cast<std::size_t>(got);
+    return true;
+}
+
+bool TableFile::next_line(std::string_view& line) {
+    if (fd_ < 0) return false;
+    std::size_t scanned = begin_;  // bytes before this are known to hold no line end
+    for (;;) {
+        const char* start = buf_.data() + begin_;
+        const void* nl = std::memchr(buf_.data() + scanned, '\n', end_ - scanned);
+        std::size_t len;
+        if (nl) {
+            len = static_cast<std::size_t>(static_cast<const char*>(nl) - start);
+            begin_ += len + 1;
+        } else {
+            std::size_t held = end_ - begin_;
+            if (fill()) {
+                scanned = begin_ + held;
+                continue;
+            }
+            if (begin_ == end_) return false;
+            len = end_ - begin_;  // last line without a line end
+            start = buf_.data() + begin_;
+            begin_ = end_;
+        }
+        if (len > 0 && start[len - 1] == '\r') --len;
+        line = std::string_view(start, len);
+        ++line_no_;
+        return true;
+    }
+}
+
+}  // namespace viewer
