@@ -26,8 +26,7 @@ int menu(Session& s, int last, int page, int n_pages, int N) {
         "\\fiMENU " + std::to_string(page % 10) + " of " + std::to_string(n_pages % 10);
 
     pg.pgscr(0, 0.4f, 0.4f, 0.4f);
-    pg.pgbbuf();
-    pg.pgsave();
+    DrawBracket bracket(pg, DrawBracket::page);
     pg.pgeras();
     pg.pgsci(1);
     pg.pgsch(2.5f);
@@ -52,8 +51,7 @@ int menu(Session& s, int last, int page, int n_pages, int N) {
         pg.pgcirc(X1, menu_row_y(last, N), kDot);
     else if (last >= 31)
         pg.pgcirc(X1 + kStep, menu_row_y(last - 30, N), kDot);
-    pg.pgunsa();
-    pg.pgebuf();
+    bracket.close();
     s.con.out.flush();  // everything said so far shows before the wait
 
     for (;;) {

@@ -73,4 +73,44 @@ public:
 std::unique_ptr<Graphics> make_pgplot_graphics();
 std::unique_ptr<Pointer> make_pgplot_pointer();
 
+// The buffered, saved drawing state as a guard: opened by the constructor,
+// closed by `close()` or when it leaves scope, so no path, a stop on a bad
+// record included, leaves the buffer or the attributes unbalanced.
+//   plot:   pgbbuf, pgsave ... pgunsa, pgebuf, pgupdt
+//   page:   pgbbuf, pgsave ... pgunsa, pgebuf         (the menu pages)
+//   foot:   pgsave, pgbbuf ... pgebuf, pgunsa         (the page foot)
+class DrawBracket {
+public:
+    enum Form { plot, page, foot };
+    explicit DrawBracket(Graphics& pg, Form form = plot) : pg_(pg), form_(form) {
+        if (form_ == foot) {
+            pg_.pgsave();
+            pg_.pgbbuf();
+        } else {
+            pg_.pgbbuf();
+            pg_.pgsave();
+        }
+    }
+    ~DrawBracket() { close(); }
+    DrawBracket(const DrawBracket&) = delete;
+    DrawBracket& operator=(const DrawBracket&) = delete;
+    void close() {
+        if (!open_) return;
+        open_ = false;
+        if (form_ == foot) {
+            pg_.pgebuf();
+            pg_.pgunsa();
+            return;
+        }
+        pg_.pgunsa();
+        pg_.pgebuf();
+        if (form_ == plot) pg_.pgupdt();
+    }
+
+private:
+    Graphics& pg_;
+    Form form_;
+    bool open_ = true;
+};
+
 }  // namespace viewer

@@ -93,8 +93,7 @@ void fit_hook(Session& s, int& ID_F, int NP, const float* X, const float* Y1, co
     if (n_curves == 2) fit(s, ID_F, 2, 2, NP, X, Y2);
 
     Graphics& pg = s.pg;
-    pg.pgbbuf();
-    pg.pgsave();
+    DrawBracket bracket(pg);
     pg.pgsci(style.first_colour);
     if (style.dashed) pg.pgsls(2);
     if (drawable(fv, fv.Y1_FIT)) pg.pgline(fv.N_FIT, fv.X_FIT.data(), fv.Y1_FIT.data());
@@ -103,9 +102,6 @@ void fit_hook(Session& s, int& ID_F, int NP, const float* X, const float* Y1, co
         if (drawable(fv, fv.Y2_FIT)) pg.pgline(fv.N_FIT, fv.X_FIT.data(), fv.Y2_FIT.data());
     }
     pg.pgsls(1);
-    pg.pgunsa();
-    pg.pgebuf();
-    pg.pgupdt();
 }
 
 }  // namespace viewer

@@ -50,8 +50,7 @@ int hit(float x, float y) {
 }
 
 void draw_page(Graphics& pg, int ID_F) {
-    pg.pgbbuf();
-    pg.pgsave();
+    DrawBracket bracket(pg, DrawBracket::page);
     pg.pgeras();
     pg.pgsci(3);
     pg.pgsch(2.5f);
@@ -70,8 +69,6 @@ void draw_page(Graphics& pg, int ID_F) {
         pg.pgsci(2);
         pg.pgcirc(mark_x, mark_y[static_cast<std::size_t>(ID_F - 1)], mark_radius);
     }
-    pg.pgunsa();
-    pg.pgebuf();
 }
 
 }  // namespace

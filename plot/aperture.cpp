@@ -91,8 +91,7 @@ namespace {
 void overlay_window(Session& s, float ZMIN, float ZMAX, float YMIN, float YMAX, bool mirrored) {
     Graphics& pg = s.pg;
     const float RMAX = overlay_half_height(s.geometry);
-    pg.pgbbuf();
-    pg.pgsave();
+    DrawBracket bracket(pg);
     pg.pgswin(ZMIN, ZMAX, -RMAX, RMAX);
     pg.pgsci(1);
     pg.pgsls(2);  // black and dashed on every device
@@ -104,9 +103,6 @@ void overlay_window(Session& s, float ZMIN, float ZMAX, float YMIN, float YMAX, 
     }
     pg.pgsls(1);
     pg.pgswin(ZMIN, ZMAX, YMIN, YMAX);
-    pg.pgunsa();
-    pg.pgebuf();
-    pg.pgupdt();
 }
 
 }  // namespace
@@ -122,8 +118,7 @@ void overlay_mirrored(Session& s, float ZMIN, float ZMAX, float YMIN, float YMAX
 void overlay_two_panels(Session& s, float ZMIN, float ZMAX, float YMIN, float YMAX) {
     Graphics& pg = s.pg;
     const float RMAX = overlay_half_height(s.geometry);
-    pg.pgbbuf();
-    pg.pgsave();
+    DrawBracket bracket(pg);
     pg.pgswin(ZMIN, ZMAX, -RMAX, RMAX);  // one window serves both panels
     pg.pgsci(1);
     pg.pgsls(2);
@@ -138,9 +133,6 @@ void overlay_two_panels(Session& s, float ZMIN, float ZMAX, float YMIN, float YM
     pg.pgsls(1);
     pg.pgswin(ZMIN, ZMAX, YMIN, YMAX);
     pg.pgpanl(1, 2);
-    pg.pgunsa();
-    pg.pgebuf();
-    pg.pgupdt();
 }
 
 }  // namespace viewer

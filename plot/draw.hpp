@@ -1,5 +1,5 @@
-// Drawing helpers every plot shares: the drawing bracket as a guard, the
-// rule by which curves are told apart, the rows of a table drawn as curves
+// Drawing helpers every plot shares: the rule by which curves are told apart, the rows of a table drawn as
+// curves
 // (`poly_line`) and the boxed key (`legend`).
 #pragma once
 
@@ -9,31 +9,6 @@
 #include "core/session.hpp"
 
 namespace viewer {
-
-// Opens the buffered, saved drawing state (`pgbbuf`, `pgsave`) and closes it
-// (`pgunsa`, `pgebuf`, `pgupdt`) on `close()` or when it leaves scope, so no
-// path, a stop on a bad record included, leaves the bracket open.
-class DrawBracket {
-public:
-    explicit DrawBracket(Graphics& pg) : pg_(pg) {
-        pg_.pgbbuf();
-        pg_.pgsave();
-    }
-    ~DrawBracket() { close(); }
-    DrawBracket(const DrawBracket&) = delete;
-    DrawBracket& operator=(const DrawBracket&) = delete;
-    void close() {
-        if (!open_) return;
-        open_ = false;
-        pg_.pgunsa();
-        pg_.pgebuf();
-        pg_.pgupdt();
-    }
-
-private:
-    Graphics& pg_;
-    bool open_ = true;
-};
 
 // How curve `n` (1-based) is told from the others: by colour index n on a
 // colour device; otherwise by line style, styles 1 to 5 in the foreground

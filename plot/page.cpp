@@ -17,8 +17,7 @@ void c_pgsubp(Session& s, int NX, int NY) {
 
 void title(Session& s) {
     Graphics& pg = s.pg;
-    pg.pgsave();
-    pg.pgbbuf();
+    DrawBracket bracket(pg, DrawBracket::foot);
     pg.pgsci(1);
     pg.pgsubp(1, 1);
     float x1, x2, y1, y2;
@@ -27,8 +26,6 @@ void title(Session& s) {
     pg.pgswin(0.0f, 1.0f, 0.0f, 1.0f);
     pg.pgsch(0.3f);
     pg.pgptxt(1.0f, 0.00225f, 0.0f, 1.0f, s.chara.PAGE_TITLE);
-    pg.pgebuf();
-    pg.pgunsa();
 }
 
 void page_foot(Session& s, bool title_in_overview) {

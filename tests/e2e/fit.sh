@@ -10,8 +10,7 @@ start_x
 start_viewer "$RUN" "$WORK/input" rfgun,1
 wait_for "     Run number is:   001"
 
-click_row 2
-wait_for " rms Beam Size"
+click_row_until 2 " rms Beam Size"
 click_row 20
 wait_for " fit, save & read"
 wait_count "2: red (vertical)" 2   # the redraw is done: the fit menu waits next

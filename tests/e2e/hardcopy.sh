@@ -11,8 +11,7 @@ printf 'page.cps\n' >"$WORK/input"
 start_x
 start_viewer "$RUN" "$WORK/input" rfgun,1
 wait_for "     Run number is:   001"
-click_row 1
-wait_for " Trans. Emittance"
+click_row_until 1 " Trans. Emittance"
 click_row 21
 wait_for "saved to file:"
 click_row 22

@@ -13,8 +13,7 @@ start_viewer "$RUN" "$WORK/input" rfgun,1
 wait_for "     Project name is: rfgun"
 wait_for "     Run number is:   001"
 
-click_row 2
-wait_for " rms Beam Size"
+click_row_until 2 " rms Beam Size"
 turn_page
 click_row 1
 wait_for " Energy vs. Phase"

@@ -92,6 +92,20 @@ click_world() {
 }
 
 click_row() { click_world 0.03 "$(awk -v i="$1" 'BEGIN { print 1 - (i + 0.5) / 26 }')"; }
+
+# click_row_until N TEXT: the first pick of a session. The menu may not wait
+# for the pointer yet when the window is up, and a click before that is lost,
+# so the row is clicked again until the console echoes TEXT.
+click_row_until() {
+  for _ in 1 2 3 4 5; do
+    click_row "$1"
+    for _ in $(seq 1 30); do
+      grep -qF -- "$2" "$WORK/out.txt" 2>/dev/null && return 0
+      sleep 0.1
+    done
+  done
+  fail "console never showed '$2'"
+}
 turn_page() { click_world 0.2 0.99; }
 
 # wait_exit: the viewer's exit status.
