@@ -13,26 +13,20 @@ namespace {
 constexpr int kMaxBins = 3200;  // what the histogram holds
 }
 
+ZoomWindow zoom_family(Session& s, int page, int selection) {
+    if (page == 3) return {&s.graph.SCAN_LOWER, &s.graph.SCAN_UPPER, &s.logo.ZOOM_SCAN};
+    if (page == 2 && selection < 5) return {&s.graph.PHASE_LOWER, &s.graph.PHASE_UPPER, &s.logo.ZOOM_PHASE};
+    if (page == 4 && selection > 14) return {&s.graph.TIME_LOWER, &s.graph.TIME_UPPER, &s.logo.ZOOM_TIME};
+    return {&s.graph.Z_LOWER, &s.graph.Z_UPPER, &s.logo.ZOOM_Z};
+}
+
 void sub_zoom(Session& s) {
-    const int page = s.window.PAGE;
-    const int last = s.window.LAST_SELECTION;
-    float* lower;
-    float* upper;
-    bool* flag;
-    if (page == 3) {
-        lower = &s.graph.SCAN_LOWER, upper = &s.graph.SCAN_UPPER, flag = &s.logo.ZOOM_SCAN;
-    } else if (page == 2 && last < 5) {
-        lower = &s.graph.PHASE_LOWER, upper = &s.graph.PHASE_UPPER, flag = &s.logo.ZOOM_PHASE;
-    } else if (page == 4 && last > 14) {
-        lower = &s.graph.TIME_LOWER, upper = &s.graph.TIME_UPPER, flag = &s.logo.ZOOM_TIME;
-    } else {
-        lower = &s.graph.Z_LOWER, upper = &s.graph.Z_UPPER, flag = &s.logo.ZOOM_Z;
-    }
+    const ZoomWindow w = zoom_family(s, s.window.PAGE, s.window.LAST_SELECTION);
     const double lo = s.con.ask_real("     Lower boundary of abscissa: ");
     const double hi = s.con.ask_real("     Upper boundary of abscissa: ");
-    *lower = static_cast<float>(lo);
-    *upper = static_cast<float>(hi);
-    *flag = true;
+    *w.lower = static_cast<float>(lo);
+    *w.upper = static_cast<float>(hi);
+    *w.zoomed = true;
 }
 
 void step_run(Session& s, bool forward) {

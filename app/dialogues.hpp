@@ -6,6 +6,16 @@
 
 namespace viewer {
 
+// The abscissa window of a plot family (z, phase, scanned parameter, time)
+// and the flag that puts it in force.
+struct ZoomWindow {
+    float* lower;
+    float* upper;
+    bool* zoomed;
+};
+// The family of the plot of `selection` on `page`.
+ZoomWindow zoom_family(Session& s, int page, int selection);
+
 // Asks for the abscissa window of the family of the plot on show.
 void sub_zoom(Session& s);
 

@@ -1,15 +1,47 @@
-// The viewer executable: the real PGPLOT, the real pointer, the console.
+// The viewer executable: the real PGPLOT, the real pointer, the console;
+// with options, the headless export instead of the windows.
 #include <ctime>
 #include <iostream>
+#include <sstream>
 
+#include "app/command_line.hpp"
+#include "app/export.hpp"
 #include "app/main_loop.hpp"
 
+namespace {
+
+// The export has no window: any wait for the pointer finds no cursor.
+class NoPointer final : public viewer::Pointer {
+public:
+    int pgband(int, int, float, float, float&, float&, char& ch) override {
+        ch = '\0';
+        return 0;
+    }
+};
+
+}  // namespace
+
 int main(int argc, char** argv) {
-    auto graphics = viewer::make_pgplot_graphics();
-    auto pointer = viewer::make_pgplot_pointer();
-    viewer::Session session(*graphics, *pointer, std::cin, std::cout);
     std::time_t t = std::time(nullptr);
     std::tm now{};
     localtime_r(&t, &now);
+    auto graphics = viewer::make_pgplot_graphics();
+
+    if (viewer::wants_export(argc, argv)) {
+        viewer::ExportRequest request;
+        try {
+            request = viewer::parse_export(argc, argv);
+        } catch (const viewer::UsageError& e) {
+            std::cerr << "viewer: " << e.what() << "\n";
+            return 2;
+        }
+        NoPointer pointer;
+        std::istringstream no_input;  // nothing is ever asked
+        viewer::Session session(*graphics, pointer, no_input, std::cout);
+        return viewer::run_export(session, request, now, std::cerr);
+    }
+
+    auto pointer = viewer::make_pgplot_pointer();
+    viewer::Session session(*graphics, *pointer, std::cin, std::cout);
     return viewer::run_viewer(session, argc, argv, now);
 }

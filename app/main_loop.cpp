@@ -33,18 +33,6 @@ void end_session(Session& s) {
     end_prog(s);
 }
 
-// The rows of a page dispatch to their plots; codes without a row call nothing.
-void dispatch(Session& s) {
-    const int code = s.window.SELECTION;
-    if (code <= 0 || (code >= 18 && code <= 25)) return;
-    if (s.window.PAGE == 3 && (code == 15 || code == 16)) return;  // acted on below
-    const MenuRow* row = find_row(s.window.PAGE, code);
-    if (!row) return;
-    s.window.LAST_SELECTION = code;
-    if (row->nx != 1 || row->ny != 1) c_pgsubp(s, row->nx, row->ny);
-    if (row->plot) row->plot(s);
-}
-
 // Redraw of the plot on show, without the menu.
 void redraw(Session& s) {
     s.logo.SHOW_MENU = false;

@@ -9,10 +9,16 @@
 
 namespace viewer {
 
+// When a row is offered, and the tables that takes.
+struct Condition {
+    bool (*holds)(const Fexist&);
+    const char* needs;  // ".Xemit and .Yemit"
+};
+
 struct MenuRow {
     int code;                        // 1..25 left row, 31.. right row
     const char* text;                // as shown when the condition holds
-    bool (*shown)(const Fexist&);    // null: never shown
+    const Condition* shown;          // null: never shown
     void (*plot)(Session&);          // null: nothing drawn
     int nx = 1, ny = 1;              // panel layout
     const char* sub_text = nullptr;  // text while `.Sub_emit` is on show
@@ -20,6 +26,14 @@ struct MenuRow {
 
 // The row of `code` on `page`, or null where the page has none.
 const MenuRow* find_row(int page, int code);
+
+// A row that draws a plot and whose tables are there.
+bool available(const MenuRow& r, const Fexist& f);
+
+// Calls the plot of the row `window.SELECTION` of `window.PAGE` with its
+// panels, and marks it as the last selection; codes without a row, the
+// common rows and the actions of page 3 call nothing.
+void dispatch(Session& s);
 
 // Blanks the page and writes the rows whose conditions hold, and the common
 // rows 19 to 25.

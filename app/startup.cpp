@@ -14,11 +14,15 @@ std::string run_digits(int run_number) {
     return buf;
 }
 
-void start_prog(Session& s, int argc, const char* const* argv, const std::tm& now) {
+void set_date(Session& s, const std::tm& now) {
     char date[32];
     std::snprintf(date, sizeof date, "    %02d.%02d  %02d:%02d", now.tm_mday, now.tm_mon + 1, now.tm_hour,
                   now.tm_min);
     s.DATE = date;
+}
+
+void start_prog(Session& s, int argc, const char* const* argv, const std::tm& now) {
+    set_date(s, now);
     if (argc > 1 && argv[1] != nullptr) {
         s.FNAME = std::string(argv[1]).substr(0, 80);
         s.LIARG = true;

@@ -9,6 +9,9 @@
 
 namespace viewer {
 
+// DATE of the page foot from `now`: "    DD.MM  HH:MM".
+void set_date(Session& s, const std::tm& now);
+
 // Fills DATE from `now`; takes the first argument into FNAME, or sets the
 // default run "rfgun" ".001" and prints the notice.
 void start_prog(Session& s, int argc, const char* const* argv, const std::tm& now);

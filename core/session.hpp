@@ -83,6 +83,7 @@ struct Session {
     RefCurveState ref;
 
     int ID_START = 0;  // LAST_SELECTION saved during an overview
+    int FIT_PICK = 0;  // a front end without a menu: the pick every fit hook applies
 
     // A file name in the working directory.
     std::string path(const std::string& name) const {

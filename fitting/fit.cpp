@@ -87,6 +87,7 @@ void fit_hook(Session& s, int& ID_F, int NP, const float* X, const float* Y1, co
     FitVariables& fv = s.fit_variables;
     fv.release();  // a curve is only ever the one of this pass
     // A hardcopy repeats the saved pick without showing the menu.
+    if (s.FIT_PICK > 0) ID_F = s.FIT_PICK;
     if (!s.logo.TO_FILE) fit_menu(s, ID_F);
     const int n_curves = Y2 ? 2 : 1;
     fit(s, ID_F, 1, n_curves, NP, X, Y1);

@@ -43,16 +43,19 @@ void outline(Session& s) {
 }  // namespace
 
 void load_geom(Session& s) {
-    Geometry& g = s.geometry;
-    g.GEOM_N = 0;
-    g.GEOM_Z.clear();
-    g.GEOM_R.clear();
-
     std::string path = s.path("Geometry.dat");
     while (!file_exists(path)) {
         path = s.path(ask_name(s));
         if (!file_exists(path)) s.con.out << "     File doesn't exist\n";
     }
+    load_geom_file(s, path);
+}
+
+void load_geom_file(Session& s, const std::string& path) {
+    Geometry& g = s.geometry;
+    g.GEOM_N = 0;
+    g.GEOM_Z.clear();
+    g.GEOM_R.clear();
 
     TableFile f;
     if (!f.open(path)) s.con.fail("Error reading aperture file");

@@ -8,6 +8,8 @@ namespace viewer {
 
 // Fills `s.geometry` from the aperture file; at most GEOM_MAX points.
 void load_geom(Session& s);
+// The same from the file at `path`, without a question.
+void load_geom_file(Session& s, const std::string& path);
 
 // Loads the outline the first time a plot needs it.
 void ensure_geometry(Session& s);

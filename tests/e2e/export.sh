@@ -1,0 +1,70 @@
+#!/usr/bin/env bash
+# The headless export of the real viewer with no display: every available
+# row of the bundled run to PNG, one row to each of PS, EPS and PDF, the
+# overview sheet of every page, and the errors with their exit status.
+set -euo pipefail
+VIEWER=$1
+SRC=$2
+unset DISPLAY
+WORK=$(mktemp -d /tmp/viewer-export-XXXXXX)
+trap 'rm -rf "$WORK"' EXIT
+fail() { echo "FAIL: $*" >&2; exit 1; }
+cp "$SRC"/examples/rfgun.* "$SRC"/examples/Geometry.dat "$WORK"/
+cd "$WORK"
+
+# "WIDTH HEIGHT" from the header of a PNG file, after checking its signature.
+png_size() {
+  [ "$(od -An -tx1 -N8 "$1" | tr -d ' \n')" = 89504e470d0a1a0a ] || fail "$1 is no PNG file"
+  od -An -tu1 -j16 -N8 "$1" | awk '{ print $1*16777216 + $2*65536 + $3*256 + $4, $5*16777216 + $6*65536 + $7*256 + $8 }'
+}
+renders() { gs -q -dSAFER -dBATCH -dNOPAUSE -sDEVICE=png16m -r30 -sOutputFile="$WORK/r.png" "$1" >/dev/null 2>&1 ||
+  fail "ghostscript cannot render $1"; }
+
+"$VIEWER" rfgun,1 --list >list.txt || fail "--list failed"
+rows=$(awk '$1 ~ /^[0-9]+:[0-9]+$/ { print $1 }' list.txt)
+[ "$(wc -w <<<"$rows")" -ge 40 ] || fail "--list names too few rows: $rows"
+for r in $rows; do
+  "$VIEWER" rfgun,1 --plot "$r" --out "row-${r/:/-}.png" --size 400x300 >/dev/null 2>err.txt ||
+    fail "--plot $r: $(cat err.txt)"
+  [ "$(png_size "row-${r/:/-}.png")" = "400 300" ] || fail "row $r: not 400 by 300 pixels"
+done
+
+"$VIEWER" rfgun,1 --plot 1:2 --out one.ps >ps.txt || fail "PostScript"
+renders one.ps
+"$VIEWER" rfgun,1 --plot 1:2 --out one.eps >/dev/null || fail "EPS"
+head -1 one.eps | grep -q EPSF || fail "one.eps is not encapsulated"
+renders one.eps
+"$VIEWER" rfgun,1 --plot 1:2 --plot 1:12 --out two.pdf --mono --geometry >/dev/null || fail "PDF"
+head -c 5 two.pdf | grep -q '%PDF' || fail "two.pdf is no PDF"
+renders two.pdf
+for p in 1 2 3 4 5; do
+  "$VIEWER" rfgun,1 --overview "$p" --out "sheet$p.ps" >/dev/null || fail "overview of page $p"
+  renders "sheet$p.ps"
+done
+grep -q "     1: black (horizontal): " ps.txt || fail "no statistics on standard output"
+
+# status and the words of each error
+expect() {
+  local want=$1 words=$2
+  shift 2
+  set +e
+  "$VIEWER" "$@" >/dev/null 2>err.txt
+  local got=$?
+  set -e
+  [ "$got" = "$want" ] || fail "'$*' ended with $got, not $want"
+  grep -qF -- "$words" err.txt || fail "'$*' said '$(cat err.txt)', not '$words'"
+}
+expect 2 "unknown option --colour" rfgun,1 --plot 1:1 --out a.ps --colour
+expect 2 "page 1 has no row 18" rfgun,1 --plot 1:18 --out a.ps
+expect 2 "--plot takes PAGE:ROW" rfgun,1 --plot 1-2 --out a.ps
+expect 2 "no --out FILE given" rfgun,1 --plot 1:1
+expect 2 "go one at a time" rfgun,1 --plot 1:1 --overview 1 --out a.ps
+expect 2 "must end in .ps, .eps, .png or .pdf" rfgun,1 --plot 1:1 --out a.gif
+expect 2 "row 2:8 is blank" rfgun,1 --plot 2:8 --out a.ps
+expect 2 "it needs .Sigma" rfgun,3 --plot 5:1 --out a.ps
+expect 2 "--bins takes a number from 1 to 3200" rfgun,1 --plot 3:31 --bins 0 --out a.ps
+expect 1 "no data files of project nothere" nothere --plot 1:1 --out a.ps
+expect 1 "cannot write nodir/a.ps: No such file or directory" rfgun,1 --plot 1:1 --out nodir/a.ps
+expect 1 "no aperture file" rfgun,1 --plot 1:1 --out a.ps --geometry=missing.dat
+[ ! -e win_config.dat ] || fail "the export wrote win_config.dat"
+echo "e2e export: ok"
