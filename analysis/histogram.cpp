@@ -24,13 +24,16 @@ namespace viewer {
 RunStatistics run_statistics(std::span<const float> values) {
     RunStatistics st;
     if (values.empty()) return st;
-    const float n = static_cast<float>(values.size());
-    float SUX = 0;
+    // Summed in 64 bits, so that runs that all agree have a mean equal to
+    // their value and an rms of exactly zero.
+    const double n = static_cast<double>(values.size());
+    double SUX = 0;
     for (float v : values) SUX += v;
-    st.X_MEAN = SUX / n;
-    float SUX2 = 0;
-    for (float v : values) SUX2 += (v - st.X_MEAN) * (v - st.X_MEAN);
-    st.X_RMS = SUX2 / n > 0 ? std::sqrt(SUX2 / n) : 0.0f;
+    const double mean = SUX / n;
+    double SUX2 = 0;
+    for (float v : values) SUX2 += (v - mean) * (v - mean);
+    st.X_MEAN = static_cast<float>(mean);
+    st.X_RMS = SUX2 / n > 0 ? static_cast<float>(std::sqrt(SUX2 / n)) : 0.0f;
     return st;
 }
 

@@ -149,6 +149,8 @@ TEST(Page3, EveryRowOfTheBundledRunDraws) {
     EXPECT_EQ(h.run({"rfgun,1"}), 0);
     EXPECT_EQ(h.console().find("Error"), std::string::npos) << h.console();
     EXPECT_EQ(viewer::testing::count_of(h.console(), "     number of runs:     40\n"), 13u);
+    EXPECT_NE(h.console().find("     average value:    9.9940E+01\n     rms value:        0.0000E+00\n"),
+              std::string::npos);  // Err. FOM(9), the same in every run
     const int plot = h.session().window.PLOT_DEVICE;
     EXPECT_EQ(h.g.named_on("pgenv", plot).size(), 24u);
     EXPECT_EQ(h.g.named_on("pgpt", plot).size(), 11u);
