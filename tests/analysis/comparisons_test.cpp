@@ -5,11 +5,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "analysis/plots.hpp"
+#include "core/run_catalogue.hpp"
 #include "tests/support/harness.hpp"
 
 using namespace viewer;
@@ -177,4 +179,70 @@ TEST_F(ComparisonsTest, KeysInsideTheBracketOverlayAndPageFootAfterIt) {
         if (!overview) want.insert(want.end(), {"pgptxt", "pgunsa"});  // the page foot
         EXPECT_EQ(order, want) << overview;
     }
+}
+
+namespace {
+
+// Copies a run directory, draws every row of page four, and of page five
+// when the run has one, and ends. Returns the curves of more than one
+// point drawn on the plot window.
+int draw_pages_four_and_five(const std::filesystem::path& from, const std::string& project, int run) {
+    viewer::testing::Harness h;
+    bool sigma = false;
+    for (const auto& e : std::filesystem::directory_iterator(from)) {
+        std::filesystem::copy_file(e.path(), h.dir.file(e.path().filename().string()));
+        sigma = sigma || e.path().filename().string() == project + ".Sigma.00" + std::to_string(run);
+    }
+    for (int turn = 0; turn < 3; ++turn) h.turn_page();
+    for (int row = 1; row <= 17; ++row) h.row(row);  // rows without their tables too
+    if (sigma) {
+        h.turn_page();
+        for (int row = 1; row <= 5; ++row) h.row(row);
+    }
+    h.row(25);
+    const std::string arg = project + "," + std::to_string(run);
+    EXPECT_EQ(h.run({arg}), 0) << arg;
+    const std::string c = h.console();
+    EXPECT_EQ(c.find("Error"), std::string::npos) << arg << c;
+    EXPECT_EQ(c.find("Enter"), std::string::npos) << arg;  // no prompt was met
+    const int device = h.session().window.PLOT_DEVICE;
+    EXPECT_EQ(h.g.named_on("pgenv", device).size(), sigma ? 22u : 17u) << arg;
+    int curves = 0;
+    for (auto* line : h.g.named_on("pgline", device)) {
+        curves += line->args[0] > 1;
+        for (float y : line->ys) EXPECT_TRUE(std::isfinite(y)) << arg;
+    }
+    return curves;
+}
+
+}  // namespace
+
+TEST(PagesFourAndFive, EveryRowDrawsOnTheBundledRunAndTheRealRuns) {
+    for (int run : {1, 2, 3})
+        EXPECT_GT(draw_pages_four_and_five(std::string(VIEWER_SOURCE_DIR) + "/examples", "rfgun", run), 0)
+            << run;
+
+    const std::filesystem::path root =
+        std::filesystem::path(VIEWER_SOURCE_DIR) / ".." / "shared" / "realdata";
+    if (!std::filesystem::is_directory(root)) GTEST_SKIP() << "no real run tables at " << root;
+    int with_tables = 0;
+    for (const auto& dir : std::filesystem::directory_iterator(root)) {
+        if (!dir.is_directory()) continue;
+        std::string project;
+        bool tables = false;  // a table of these pages
+        for (const auto& e : std::filesystem::directory_iterator(dir.path())) {
+            const std::string name = e.path().filename().string();
+            const RunKind* k = kind_of_stem(name.substr(0, name.size() - 4));
+            if (!k) continue;
+            project = name.substr(0, name.size() - 4 - std::string(k->suffix).size());
+            tables =
+                tables || (k->unit >= 19 && k->unit != 20 && k->unit != 21 && k->unit != 27 && k->unit != 28);
+        }
+        if (project.empty()) continue;
+        SCOPED_TRACE(dir.path().string());
+        const int curves = draw_pages_four_and_five(dir.path(), project, 1);
+        EXPECT_EQ(curves > 0, tables);
+        with_tables += tables;
+    }
+    EXPECT_EQ(with_tables, 3);  // the 2 tables, a .TRemit, a .Cathode
 }
