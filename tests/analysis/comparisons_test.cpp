@@ -162,25 +162,6 @@ TEST_F(ComparisonsTest, EmptyFramesShorterTablesAndRewinds) {
     }
 }
 
-TEST_F(ComparisonsTest, KeysInsideTheBracketOverlayAndPageFootAfterIt) {
-    tables();
-    s.geometry = {{1.0f, 3.0f}, {2.0f, 4.0f}, 1.0f, 3.0f, 4.0f, 2};
-    s.logo.GEOMETRY_LOADED = s.logo.WITH_GEOMETRY = true;
-    for (bool overview : {false, true}) {
-        s.logo.OVERVIEW = overview;
-        draw(pgex408, 8);
-        std::vector<std::string> order;
-        for (const auto& c : h.g.calls)
-            if (c.name == "pgenv" || c.name == "pgline" || c.name == "pgtext" || c.name == "pgunsa" ||
-                c.name == "pgptxt")
-                order.push_back(c.name);
-        std::vector<std::string> want = {"pgenv",  "pgline", "pgline", "pgtext",
-                                         "pgtext", "pgunsa", "pgline", "pgunsa"};
-        if (!overview) want.insert(want.end(), {"pgptxt", "pgunsa"});  // the page foot
-        EXPECT_EQ(order, want) << overview;
-    }
-}
-
 namespace {
 
 // Copies a run directory, draws every row of page four, and of page five

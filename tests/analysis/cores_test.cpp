@@ -13,7 +13,6 @@
 using namespace viewer;
 using viewer::testing::fixed_records;
 using viewer::testing::open_table;
-using viewer::testing::trace;
 using viewer::testing::window_is;
 
 namespace {
@@ -89,19 +88,6 @@ TEST_F(CoresTest, CorePlotsByPlaneWithTheFullBeamAloneSettingTheRange) {
         EXPECT_EQ(keys(), (std::vector<std::string>{" \\fi100%", " \\fi 95%", " \\fi 90%", " \\fi 80%"}));
         EXPECT_FLOAT_EQ(static_cast<float>(h.g.named("pgrect").at(0)->args[0]), 0.83f);
         EXPECT_EQ(h.console(), "");
-    }
-    // The cores by colour, or by line style in the foreground.
-    s.logo.OVERVIEW = true;
-    for (bool colour : {true, false}) {
-        s.logo.COLOUR = colour;
-        draw(pgex409, 9);
-        auto t = trace(h.g);
-        t.resize(13);
-        const char* k = colour ? "pgsci" : "pgsls";
-        EXPECT_EQ(
-            t, (std::vector<std::string>{"pgbbuf", "pgsave", "pgsci1", "pgenv", "pglab", "pgsci1", "pgline+",
-                                         k + std::string("2"), "pgline+", k + std::string("3"), "pgline+",
-                                         k + std::string("4"), "pgline+"}));
     }
     // A .C99emit file keeps the curve order and names the outer fractions.
     cores(1, true);
