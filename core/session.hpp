@@ -80,6 +80,10 @@ struct Session {
     std::map<int, PlotState> plots;  // by plot number (1 for pgex1, 201 for pgex201, ...)
     PlotState& plot(int n) { return plots[n]; }
 
+    // The sigma-matrix plot: curve count and texts of the last record it took.
+    bool TWICE = false;
+    std::string STRG1 = std::string(40, ' '), STRG2 = std::string(40, ' ');
+
     RefCurveState ref;
 
     int ID_START = 0;  // LAST_SELECTION saved during an overview
