@@ -2,7 +2,7 @@
 // curve a scan, told apart by a legend from two scans on.
 #include "analysis/phase_scans.hpp"
 
-#include <cmath>
+#include <algorithm>
 #include <string>
 #include <vector>
 

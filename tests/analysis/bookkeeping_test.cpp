@@ -83,11 +83,6 @@ TEST_F(BookkeepingTest, BarsStatisticsAndRanges) {
             EXPECT_EQ(rec.named("pgsci")[1]->args[0], colour ? 2 : 1);
         }
     }
-    // A bound of one entry holds the start only.
-    s.logo.ZOOM_Z = false;
-    draw(pgex205, 1);
-    EXPECT_EQ(h.console(), "");
-    EXPECT_TRUE(rects().empty());
 }
 
 TEST_F(BookkeepingTest, TcheckFactorsCounterAndTimeStep) {

@@ -114,7 +114,7 @@ TEST_F(TwissPlotTest, StatisticsFrameAndTheKeyAfterTheOutline) {
     EXPECT_EQ(rec.named("pgtext")[1]->texts[0], viewer::pad("  \\gb\\dy", 40));
     EXPECT_EQ(rec.named("pgrect")[0]->args[0], 0.86f);
 
-    // Coherence length: no key; with a fit requested no statistics either.
+    // Coherence length: no key.
     rec.clear();
     h.out.str("");
     pgex215(s, PKT);
@@ -123,11 +123,6 @@ TEST_F(TwissPlotTest, StatisticsFrameAndTheKeyAfterTheOutline) {
               curve("\n     1: black (horizontal): \n", 0.19f, l1, l1, 3, 0.19f, 1, (0.19f + l1) / 2) +
                   curve("     2: red (vertical): \n", 0.38f, 0.38f, 0.38f, 1, 0.38f, 1, 0.38f));
     EXPECT_TRUE(rec.named("pgtext").empty());
-    rec.clear();
-    h.out.str("");
-    s.logo.FIT_REQUESTED = s.logo.TO_FILE = true;
-    pgex215(s, PKT);
-    EXPECT_EQ(h.console(), "");
 }
 
 namespace {
