@@ -38,6 +38,11 @@ struct RefCurveState {
     PlotState stats;                            // MAX_A, MIN_A, AVR, ZMAX, ZMIN of `get_ref`
 };
 
+// Values of the page-2 plots that outlive a call.
+struct Page2State {
+    float GAMBET = 0;  // beta times gamma of the beam, from the latest positive energy
+};
+
 struct Session {
     Session(Graphics& g, Pointer& p, std::istream& in, std::ostream& out, std::string work_dir = ".")
         : pg(g), pointer(p), con(in, out), dir(std::move(work_dir)) {}
@@ -85,6 +90,7 @@ struct Session {
     std::string STRG1 = std::string(40, ' '), STRG2 = std::string(40, ' ');
 
     RefCurveState ref;
+    Page2State page2;
 
     int ID_START = 0;  // LAST_SELECTION saved during an overview
     int FIT_PICK = 0;  // a front end without a menu: the pick every fit hook applies
