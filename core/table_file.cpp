@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -21,7 +22,8 @@ std::string RecordError::message() const {
 }
 
 namespace {
-constexpr std::size_t kBlock = 1 << 18;  // bytes read per system call
+constexpr std::size_t kBlock = 1 << 18;     // bytes read per system call
+constexpr std::size_t kMinBlock = 1 << 12;  // the buffer of the smallest table
 }  // namespace
 
 TableFile::~TableFile() {
@@ -39,8 +41,12 @@ bool TableFile::open(const std::string& path) {
     }
     fd_ = fd;
     name_ = path;
-    // A long line of the previous file need not stay in memory.
-    if (buf_.size() != kBlock) std::vector<char>(kBlock).swap(buf_);
+    // A small table needs no full block; a long line of the previous file
+    // need not stay in memory. A table that grows later is read in the
+    // smaller pieces, and a line longer than the buffer still grows it.
+    const auto size = static_cast<std::size_t>(st.st_size > 0 ? st.st_size : 0);
+    const std::size_t want = std::clamp<std::size_t>(size + 1, kMinBlock, kBlock);
+    if (buf_.size() < want || buf_.size() > kBlock) std::vector<char>(want).swap(buf_);
     rewind();
     return true;
 }
