@@ -127,16 +127,22 @@ private:
             const Attr& a = attrs_[k];
             if (a.colour != 0 && a.colour != ci_) pg.pgsci(ci_ = a.colour);
             if (a.style != 0 && a.style != ls_) pg.pgsls(ls_ = a.style);
-            xs_.assign({segs[k].x1, segs[k].x2});
-            ys_.assign({segs[k].y1, segs[k].y2});
             std::size_t n = k + 1;
-            for (; n < segs.size() && attrs_[n].probe == a.probe && attrs_[n].style == a.style &&
-                   segs[n].x1 == xs_.back() && segs[n].y1 == ys_.back();
-                 ++n) {
-                xs_.push_back(segs[n].x2);
-                ys_.push_back(segs[n].y2);
+            while (n < segs.size() && attrs_[n].probe == a.probe && attrs_[n].style == a.style &&
+                   segs[n].x1 == segs[n - 1].x2 && segs[n].y1 == segs[n - 1].y2)
+                ++n;
+            if (n == k + 1) {
+                const float x[2] = {segs[k].x1, segs[k].x2}, y[2] = {segs[k].y1, segs[k].y2};
+                pg.pgline(2, x, y);
+            } else {
+                xs_.assign(1, segs[k].x1);
+                ys_.assign(1, segs[k].y1);
+                for (std::size_t m = k; m < n; ++m) {
+                    xs_.push_back(segs[m].x2);
+                    ys_.push_back(segs[m].y2);
+                }
+                pg.pgline(static_cast<int>(xs_.size()), xs_.data(), ys_.data());
             }
-            pg.pgline(static_cast<int>(xs_.size()), xs_.data(), ys_.data());
             k = n;
         }
     }
