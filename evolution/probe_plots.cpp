@@ -81,7 +81,6 @@ struct Segment {
 class SegmentBatch {
 public:
     SegmentBatch(Session& s, PanelView upper, PanelView lower) : s_(s), view_{upper, lower} {}
-    ~SegmentBatch() = default;
 
     void add(int I, const Point& from, const Point& to) {
         int colour = 0, style = style_;
