@@ -1,0 +1,65 @@
+#!/usr/bin/env bash
+# Builds the fuzz targets (clang, libFuzzer, AddressSanitizer and
+# UndefinedBehaviorSanitizer) and runs each of them a fixed number of times
+# over seeds from the bundled run, the real tables beside the repository
+# and the regression cases in fuzz/regressions/<target>/.
+#   tools/fuzz.sh [RUNS] [TARGET...]     RUNS per target, default 2000
+# A crash, a sanitizer report or a hang fails the script; the input that
+# did it is left in fuzz/found/ to become a regression case.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+runs=${1:-2000}
+shift || true
+jobs=$(nproc 2>/dev/null || echo 2)
+
+CC=clang CXX=clang++ cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVIEWER_FUZZ=ON \
+  -DVIEWER_BENCH=OFF >/dev/null
+cmake --build build-fuzz -j"$jobs" --target fuzz_targets >/dev/null
+
+targets=("$@")
+if [ ${#targets[@]} -eq 0 ]; then
+  mapfile -t targets < <(cd build-fuzz && ls -1 ./*_fuzz | sed 's#^\./##; s#_fuzz$##')
+fi
+
+realdata=../shared/realdata
+work=$(mktemp -d /tmp/viewer-fuzz-XXXXXX)
+trap 'rm -rf "$work"' EXIT
+mkdir -p fuzz/found
+
+# seeds TARGET DIR: files that show the target its kind of input.
+seeds() {
+  local t=$1 dir=$2 suffix=""
+  case "$t" in
+    fixed_record) suffix='.Xemit. .Cathode. .C99emit. .lab.' ;;
+    free_record) suffix='.ref. .track. .tcheck. .Sigma.' ;;
+    aperture) cp examples/Geometry.dat "$dir/" ;;
+    reference) printf ' 0.1 2.0 3.0\n 0.2 2.5 3.5\n' >"$dir/ref" ;;
+    namelist) printf '&WIN_CONFIG\n FIXED = F,\n LINE_WIDTH = 2,\n CHARACTER_HEIGHT = 1.2,\n/\n' >"$dir/cfg" ;;
+    arguments) printf 'rfgun.,7' >"$dir/a1"; printf -- '--plot\n1:2\n--out\nx.png\n--size\n400x300' >"$dir/a2" ;;
+    table_lab_E) suffix='.lab-E.' ;;
+    table_*) suffix=".${t#table_}." ;;
+  esac
+  for s in $suffix; do
+    for f in examples/*"$s"* "$realdata"/*/*"$s"*; do
+      [ -f "$f" ] && head -c 65536 "$f" >"$dir/$(basename "$f")"
+    done
+  done
+  return 0
+}
+
+failed=0
+for t in "${targets[@]}"; do
+  corpus="$work/$t" seed="$work/$t.seed" regress="$PWD/fuzz/regressions/$t"
+  mkdir -p "$corpus" "$seed" "$regress"
+  seeds "$t" "$seed"
+  if ! ASAN_OPTIONS=detect_leaks=0 "build-fuzz/${t}_fuzz" -runs="$runs" -max_len=65536 -timeout=10 \
+      -rss_limit_mb=2048 -dict=fuzz/readers.dict -artifact_prefix="$PWD/fuzz/found/$t-" \
+      "$corpus" "$seed" "$regress" >"$work/$t.log" 2>&1; then
+    echo "fuzz: $t FAILED" >&2
+    grep -E "ERROR|SUMMARY|Test unit written" "$work/$t.log" >&2 || tail -20 "$work/$t.log" >&2
+    failed=1
+  else
+    echo "fuzz: $t $(grep -E '^Done' "$work/$t.log")"
+  fi
+done
+exit $failed
