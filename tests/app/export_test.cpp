@@ -10,19 +10,16 @@
 #include "tests/support/harness.hpp"
 
 using namespace viewer;
-using viewer::testing::emit_table;
+using viewer::testing::beam_tables;
 using viewer::testing::Harness;
+using viewer::testing::has;
 
 namespace {
 
 struct Export {
     Harness h;
     std::ostringstream err;
-    Export() {
-        h.dir.write("p.Xemit.001", emit_table(6));
-        h.dir.write("p.Yemit.001", emit_table(6, 2.0));
-        h.dir.write("p.Zemit.001", emit_table(6));
-    }
+    Export() { beam_tables(h.dir, 6); }
     int run(std::vector<std::string> args) {
         args.insert(args.begin(), "viewer");
         std::vector<const char*> argv;
@@ -42,11 +39,8 @@ std::string block(const std::string& c) {
 
 TEST(Export, StatisticsOfAnInteractivePassOnAColourPage) {
     Harness interactive;
-    interactive.dir.write("p.Xemit.001", emit_table(6));
-    interactive.dir.write("p.Yemit.001", emit_table(6, 2.0));
-    interactive.dir.write("p.Zemit.001", emit_table(6));
-    interactive.row(2);
-    interactive.row(25);
+    beam_tables(interactive.dir, 6);
+    interactive.picks({2, 25});
     interactive.run({"p"});
 
     Export e;
@@ -72,7 +66,7 @@ TEST(Export, OverviewMonoZoomAndFitReachThePlots) {
     Export zoomed;
     ASSERT_EQ(zoomed.run({"p", "--plot", "1:4", "--zoom", "0.1:0.3", "--fit", "3", "--out", "z.ps"}), 0);
     EXPECT_EQ(zoomed.h.session().plot(4).NP, 3);  // z = 0.1, 0.2, 0.3
-    EXPECT_NE(zoomed.h.console().find("     straight line fit: Y = a + b*x"), std::string::npos);
+    EXPECT_TRUE(has(zoomed.h.console(), "     straight line fit: Y = a + b*x"));
     EXPECT_TRUE(zoomed.h.session().logo.ZOOM_Z);
 }
 
@@ -80,8 +74,8 @@ TEST(Export, ListsTheRowsOfTheRun) {
     Export e;
     ASSERT_EQ(e.run({"p", "--list"}), 0);
     const std::string c = e.h.console();
-    EXPECT_NE(c.find("page 1\n  1:1    Trans. Emittance\n  1:2    rms Beam Size\n"), std::string::npos);
-    EXPECT_NE(c.find("  2:12   beta function\n"), std::string::npos);
+    EXPECT_TRUE(has(c, "page 1\n  1:1    Trans. Emittance\n  1:2    rms Beam Size\n"));
+    EXPECT_TRUE(has(c, "  2:12   beta function\n"));
     EXPECT_EQ(c.find("1:10"), std::string::npos);  // no .ref
     EXPECT_EQ(c.find("page 5"), std::string::npos);
 }
@@ -106,7 +100,7 @@ TEST(Export, RequestsThatCannotBeServed) {
     for (const Case& c : cases) {
         Export e;
         EXPECT_EQ(e.run(c.args), c.status) << c.words;
-        EXPECT_NE(e.err.str().find(c.words), std::string::npos) << e.err.str();
+        EXPECT_TRUE(has(e.err.str(), c.words));
         EXPECT_TRUE(e.h.g.opened.empty());
     }
     const std::vector<std::pair<std::vector<const char*>, const char*>> usage = {
@@ -126,7 +120,7 @@ TEST(Export, RequestsThatCannotBeServed) {
             parse_export(static_cast<int>(argv.size()), argv.data());
             ADD_FAILURE() << "accepted: " << words;
         } catch (const UsageError& e) {
-            EXPECT_NE(std::string(e.what()).find(words), std::string::npos) << e.what();
+            EXPECT_TRUE(has(e.what(), words));
         }
     }
 }
