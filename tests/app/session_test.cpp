@@ -32,44 +32,41 @@ struct Play : Harness {
 
 }  // namespace
 
-TEST(Session, SelectEchoAndExit) {
-    Play h;
-    EXPECT_EQ(h.go({2, 25}), 0);
-    EXPECT_EQ(h.console().rfind("\n     Project name is: p\n     Run number is:   001\n", 0), 0u);
-    EXPECT_EQ(echoes(h.console()), (std::vector<std::string>{"rms Beam Size", "EXIT"}));
-    EXPECT_EQ(h.session().window.LAST_SELECTION, 2);
-    EXPECT_TRUE(h.dir.exists("win_config.dat") && h.g.ended);
-    EXPECT_EQ(h.session().chara.PAGE_TITLE, "p 001  22.11  09:05");
-}
-
-TEST(Session, PageTurnsWithFourAndFivePages) {
-    const std::pair<int, const char*> cases[] = {{4, "1 of 4,1 of 4,2 of 4,3 of 4,4 of 4,1 of 4,"},
-                                                 {5, "1 of 5,1 of 5,2 of 5,3 of 5,4 of 5,5 of 5,1 of 5,"}};
-    for (auto [n_pages, headings] : cases) {
+TEST(Session, MenuWalksEchoesPageTurnsAndBlankRows) {
+    struct Case {
+        std::initializer_list<int> picks;
+        bool sigma;         // a .Sigma table: five pages
+        const char* pages;  // of the menus shown
+        std::vector<std::string> echoes;
+        int last;
+    };
+    const Case cases[] = {
+        {{2, 25}, false, "11", {"rms Beam Size", "EXIT"}, 2},
+        // a page turn clears the mark; 4 turns to 1, 4 to 5 to 1
+        {{3, 0, 0, 0, 0, 25}, false, "112341", {"rms Beam Divergence", "EXIT"}, 0},
+        {{3, 0, 0, 0, 0, 0, 25}, true, "1123451", {"rms Beam Divergence", "EXIT"}, 0},
+        // page 2 row 8: the mark moves there, nothing is drawn; no row 17 on
+        // page 2: the mark stays; page 3: the geometry row flips nothing
+        {{4, 0, 8, 17, 0, 18, 25},
+         false,
+         "1122233",
+         {"Long. Emittance", "", "", "include geometry", "EXIT"},
+         0},
+    };
+    for (const Case& c : cases) {
         Play h;
-        if (n_pages == 5) h.dir.write("p.Sigma.001", "0 0 1 2 3\n");
-        h.row(3);
-        for (int i = 0; i < n_pages; ++i) h.turn_page();
-        h.go({25});
-        std::string seen;
-        for (auto* c : h.g.named("pgptxt"))
-            if (c->texts[0].rfind("\\fiMENU ", 0) == 0) seen += c->texts[0].substr(8) + ",";
-        EXPECT_EQ(seen, headings);
-        EXPECT_EQ(h.session().window.PAGE, 1);
-        EXPECT_EQ(h.session().window.LAST_SELECTION, 0);  // a page turn clears the mark
-        EXPECT_EQ(echoes(h.console()), (std::vector<std::string>{"rms Beam Divergence", "EXIT"}));
+        if (c.sigma) h.dir.write("p.Sigma.001", "0 0 1 2 3\n");
+        EXPECT_EQ(h.go(c.picks), 0);
+        std::string seen;  // "\\fiMENU 2 of 4": 2
+        for (auto* t : h.g.named("pgptxt"))
+            if (t->texts[0].rfind("\\fiMENU ", 0) == 0 && has(t->texts[0], c.sigma ? " of 5" : " of 4"))
+                seen += t->texts[0][8];
+        EXPECT_EQ(seen, c.pages);
+        EXPECT_EQ(echoes(h.console()), c.echoes);
+        EXPECT_EQ(h.session().window.LAST_SELECTION, c.last) << c.pages;
+        EXPECT_FALSE(h.session().logo.WITH_GEOMETRY);
+        EXPECT_TRUE(h.dir.exists("win_config.dat") && h.g.ended);
     }
-}
-
-TEST(Session, BlankRowsAndRowsWithoutPlots) {
-    Play h;
-    // page 2 row 8: the mark moves there, nothing is drawn; no row 17 on page 2:
-    // nothing, the mark stays; page 3: the geometry row flips nothing
-    h.go({4, 0, 8, 17, 0, 18, 25});
-    EXPECT_EQ(h.session().window.LAST_SELECTION, 0);
-    EXPECT_FALSE(h.session().logo.WITH_GEOMETRY);
-    EXPECT_EQ(echoes(h.console()),
-              (std::vector<std::string>{"Long. Emittance", "", "", "include geometry", "EXIT"}));
 }
 
 TEST(Session, ZoomFitAndGeometryBeforeAnyPlot) {
