@@ -5,8 +5,6 @@
 
 #include <algorithm>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "evolution/plots.hpp"
 #include "plot/frame.hpp"
