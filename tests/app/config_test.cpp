@@ -13,183 +13,118 @@ using viewer::testing::Harness;
 
 namespace {
 
-WinConfig read_text(const std::string& text, bool* ok = nullptr) {
-    WinConfig c;
-    std::istringstream in(text);
-    bool r = read_win_config(in, c);
-    if (ok) *ok = r;
-    return c;
-}
+using Edit = void (*)(WinConfig&);
 
-// Starts the configuration as the session does and ends it again.
-void start_and_end(Harness& h) {
-    Session& s = h.session();
-    set_win_config(s);
-    end_prog(s);
+// The group written for the defaults changed by `edit`.
+std::string group(Edit edit) {
+    WinConfig c;
+    if (edit) edit(c);
+    return write_win_config(c);
 }
 
 }  // namespace
 
 TEST(WinConfig, NamelistReading) {
-    bool ok = false;
-    WinConfig c = read_text("", &ok);
-    EXPECT_TRUE(ok);  // an empty file only meets the end: defaults stand
-    EXPECT_EQ(c.LINE_WIDTH, 2);
-    EXPECT_FLOAT_EQ(c.CHARACTER_HEIGHT, 1.2f);
-
-    c = read_text("&WIN_CONFIG LINE_WIDTH = 3 /\n", &ok);
-    EXPECT_TRUE(ok);
-    EXPECT_EQ(c.LINE_WIDTH, 3);
-    EXPECT_FLOAT_EQ(c.WIN101_SCALE, 1.0f);
-
-    c = read_text("&win_config\n fixed=.TRUE., character_height=1.5\n win102_scale = 2,\n plot_mode=4 /",
-                  &ok);
-    EXPECT_TRUE(ok);
-    EXPECT_TRUE(c.FIXED);
-    EXPECT_FLOAT_EQ(c.CHARACTER_HEIGHT, 1.5f);
-    EXPECT_FLOAT_EQ(c.WIN102_SCALE, 2.0f);
-    EXPECT_EQ(c.PLOT_MODE, 4);
-
-    c = read_text("some words first\n&WIN_CONFIG ! a comment\n CONTRA = 0.25 &END\n", &ok);
-    EXPECT_TRUE(ok);
-    EXPECT_FLOAT_EQ(c.CONTRA, 0.25f);
-
-    c = read_text("&WIN_CONFIG LINE_WIDTH = , CONTRA = 2 BRIGHT = /", &ok);  // null values
-    EXPECT_TRUE(ok);
-    EXPECT_EQ(c.LINE_WIDTH, 2);
-    EXPECT_FLOAT_EQ(c.CONTRA, 2.0f);
-    EXPECT_FLOAT_EQ(c.BRIGHT, 0.5f);
-
-    {  // keys before a broken one are taken, as read
-        WinConfig partial;
-        std::istringstream in("&WIN_CONFIG LINE_WIDTH = 5, BOGUS = 1, PLOT_MODE = 3 /");
-        EXPECT_FALSE(read_win_config(in, partial));
-        EXPECT_EQ(partial.LINE_WIDTH, 5);
-        EXPECT_EQ(partial.PLOT_MODE, 0);
-    }
-
-    for (const char* broken : {"&WIN_CONFIG COLOUR = 3 /",         // unknown key
-                               "&WIN_CONFIG LINE_WIDTH = two /",   // not a number
-                               "&WIN_CONFIG LINE_WIDTH = 2.5 /",   // a real for an integer
-                               "&WIN_CONFIG FIXED = maybe /",      // not a truth value
-                               "&WIN_CONFIG LINE_WIDTH 3 /",       // no '='
-                               "&WIN_CONFIG LINE_WIDTH = 3\n"}) {  // never closed
-        WinConfig before;
-        std::istringstream in(broken);
-        EXPECT_FALSE(read_win_config(in, before)) << broken;
+    struct Case {
+        const char* text;
+        bool ok;
+        Edit expect;  // the defaults changed as the text should; null: not checked
+    };
+    const Case cases[] = {
+        {"", true, [](WinConfig&) {}},  // an empty file only meets the end: defaults stand
+        {"&WIN_CONFIG LINE_WIDTH = 3 /\n", true, [](WinConfig& c) { c.LINE_WIDTH = 3; }},
+        {"&win_config\n fixed=.TRUE., character_height=1.5\n win102_scale = 2,\n plot_mode=4 /", true,
+         [](WinConfig& c) {
+             c.FIXED = true, c.CHARACTER_HEIGHT = 1.5f, c.WIN102_SCALE = 2, c.PLOT_MODE = 4;
+         }},
+        {"some words first\n&WIN_CONFIG ! a comment\n CONTRA = 0.25 &END\n", true,
+         [](WinConfig& c) { c.CONTRA = 0.25f; }},
+        {"&WIN_CONFIG LINE_WIDTH = , CONTRA = 2 BRIGHT = /", true, [](WinConfig& c) { c.CONTRA = 2; }},
+        // keys before a broken one are taken, as read
+        {"&WIN_CONFIG LINE_WIDTH = 5, BOGUS = 1, PLOT_MODE = 3 /", false,
+         [](WinConfig& c) { c.LINE_WIDTH = 5; }},
+        {"&WIN_CONFIG COLOUR = 3 /", false, nullptr},
+        {"&WIN_CONFIG LINE_WIDTH = two /", false, nullptr},
+        {"&WIN_CONFIG LINE_WIDTH = 2.5 /", false, nullptr},  // a real for an integer
+        {"&WIN_CONFIG FIXED = maybe /", false, nullptr},
+        {"&WIN_CONFIG LINE_WIDTH 3 /", false, nullptr},
+        {"&WIN_CONFIG LINE_WIDTH = 3\n", false, nullptr},  // never closed
+    };
+    for (const Case& c : cases) {
+        WinConfig got;
+        std::istringstream in(c.text);
+        EXPECT_EQ(read_win_config(in, got), c.ok) << c.text;
+        EXPECT_TRUE(!c.expect || write_win_config(got) == group(c.expect)) << c.text;
     }
 }
 
 TEST(WinConfig, WrittenGroupReadsBack) {
-    WinConfig c;
-    c.FIXED = false;
-    c.LINE_WIDTH = 5;
-    c.CHARACTER_HEIGHT = 0.7f;
-    c.COLOR_MODE = 1;
-    c.CONTRA = 1.0f / 3.0f;
-    c.BRIGHT = 0.1f;
-    c.PLOT_MODE = 9;
-    c.WIN101_SCALE = 2.0f;
-    c.WIN102_SCALE = 1.25f;
-    std::string text = write_win_config(c);
-    EXPECT_EQ(text.rfind("&WIN_CONFIG\n FIXED = F,\n LINE_WIDTH = 5,\n CHARACTER_HEIGHT = 0.7,\n", 0), 0u);
-    const char* order[] = {"FIXED",  "LINE_WIDTH", "CHARACTER_HEIGHT", "COLOR_MODE",  "CONTRA",
-                           "BRIGHT", "PLOT_MODE",  "WIN101_SCALE",     "WIN102_SCALE"};
-    std::size_t at = 0;
-    for (const char* key : order) {
-        auto p = text.find(key, at);
-        ASSERT_NE(p, std::string::npos) << key;
-        at = p;
-    }
-    bool ok = false;
-    WinConfig back = read_text(text, &ok);
-    EXPECT_TRUE(ok);
-    EXPECT_EQ(back.LINE_WIDTH, 5);
+    const WinConfig c{false, 5, 0.7f, 1, 1.0f / 3.0f, 0.1f, 9, 2.0f, 1.25f};
+    const std::string text = write_win_config(c);
+    EXPECT_EQ(text.substr(0, text.find(" CONTRA")),
+              "&WIN_CONFIG\n FIXED = F,\n LINE_WIDTH = 5,\n CHARACTER_HEIGHT = 0.7,\n COLOR_MODE = 1,\n");
+    EXPECT_EQ(text.substr(text.find(" BRIGHT")),
+              " BRIGHT = 0.1,\n PLOT_MODE = 9,\n WIN101_SCALE = 2.0,\n WIN102_SCALE = 1.25,\n /\n");
+    WinConfig back;
+    std::istringstream in(text);
+    EXPECT_TRUE(read_win_config(in, back));
     EXPECT_EQ(back.CONTRA, c.CONTRA);  // full float precision
-    EXPECT_EQ(back.WIN102_SCALE, 1.25f);
-    EXPECT_EQ(back.PLOT_MODE, 9);
+    EXPECT_EQ(write_win_config(back), text);
 }
 
 TEST(WinConfig, SessionEndsWriteOrKeepTheFile) {
-    {  // missing: created with the defaults
+    const std::string locked = "&WIN_CONFIG  FIXED=T, LINE_WIDTH=4 /   \n";
+    struct Case {
+        const char* before;  // at the start, null: missing
+        const char* during;  // written during the session, or null
+        std::string after;
+    };
+    const Case cases[] = {
+        {nullptr, nullptr, group(nullptr)},  // created with the defaults
+        {"", nullptr, group(nullptr)},       // the full group written
+        {"&WIN_CONFIG\n LINE_WIDTH = 3\n /\n", nullptr, group([](WinConfig& c) { c.LINE_WIDTH = 3; })},
+        {locked.c_str(), nullptr, locked},  // byte for byte unchanged
+        {nullptr, "&WIN_CONFIG WIN101_SCALE = 2 /\n", group([](WinConfig& c) { c.WIN101_SCALE = 2; })},
+        // broken during the session: overwritten with what memory holds
+        {"&WIN_CONFIG LINE_WIDTH = 6 /\n", "&WIN_CONFIG FIXED = T, BOGUS = 1 /\n",
+         group([](WinConfig& c) { c.LINE_WIDTH = 6; })},
+    };
+    for (const Case& c : cases) {
         Harness h;
-        start_and_end(h);
-        EXPECT_EQ(h.dir.read("win_config.dat"), write_win_config(WinConfig{}));
+        if (c.before) h.dir.write("win_config.dat", c.before);
+        Session& s = h.session();
+        set_win_config(s);
+        if (c.during) h.dir.write("win_config.dat", c.during);
+        end_prog(s);
+        EXPECT_EQ(h.dir.read("win_config.dat"), c.after);
+        EXPECT_TRUE(c.before == locked.c_str() ||
+                    write_win_config(s.win_config) == c.after);  // in memory too
         EXPECT_TRUE(h.g.ended);
-    }
-    {  // empty: the full group is written
-        Harness h;
-        h.dir.write("win_config.dat", "");
-        start_and_end(h);
-        EXPECT_EQ(h.dir.read("win_config.dat"), write_win_config(WinConfig{}));
-    }
-    {  // partial: the key kept, the rest added
-        Harness h;
-        h.dir.write("win_config.dat", "&WIN_CONFIG\n LINE_WIDTH = 3\n /\n");
-        start_and_end(h);
-        WinConfig expect;
-        expect.LINE_WIDTH = 3;
-        EXPECT_EQ(h.session().win_config.LINE_WIDTH, 3);
-        EXPECT_EQ(h.dir.read("win_config.dat"), write_win_config(expect));
-    }
-    {  // locked: byte for byte unchanged
-        Harness h;
-        const std::string locked = "&WIN_CONFIG  FIXED=T, LINE_WIDTH=4 /   \n";
-        h.dir.write("win_config.dat", locked);
-        start_and_end(h);
-        EXPECT_EQ(h.dir.read("win_config.dat"), locked);
-    }
-    {  // edited during the session: the edit survives
-        Harness h;
-        Session& s = h.session();
-        set_win_config(s);
-        h.dir.write("win_config.dat", "&WIN_CONFIG WIN101_SCALE = 2 /\n");
-        end_prog(s);
-        EXPECT_FLOAT_EQ(s.win_config.WIN101_SCALE, 2.0f);
-        EXPECT_NE(h.dir.read("win_config.dat").find("WIN101_SCALE = 2.0"), std::string::npos);
-    }
-    {  // broken during the session: overwritten with what memory holds
-        Harness h;
-        h.dir.write("win_config.dat", "&WIN_CONFIG LINE_WIDTH = 6 /\n");
-        Session& s = h.session();
-        set_win_config(s);
-        h.dir.write("win_config.dat", "&WIN_CONFIG FIXED = T, BOGUS = 1 /\n");
-        end_prog(s);
-        WinConfig expect;
-        expect.LINE_WIDTH = 6;
-        EXPECT_EQ(h.dir.read("win_config.dat"), write_win_config(expect));
+        EXPECT_EQ(h.console(), "");
     }
 }
 
 TEST(WinConfig, BrokenFileAtStartStops) {
     Harness h;
     h.dir.write("win_config.dat", "&WIN_CONFIG UNKNOWN_KEY = 1 /\n");
-    const std::string before = h.dir.read("win_config.dat");
-    int status = h.run({"rfgun"});
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(h.run({"rfgun"}), 0);
     EXPECT_EQ(h.console(), "\n          Error reading win_config.dat\n          Program stops\n\n");
-    EXPECT_EQ(h.dir.read("win_config.dat"), before);  // a failure leaves the file alone
+    EXPECT_EQ(h.dir.read("win_config.dat"), "&WIN_CONFIG UNKNOWN_KEY = 1 /\n");  // left alone
     EXPECT_FALSE(h.g.ended);
 }
 
 TEST(WinConfig, UnwritableDirectoryStillEndsPgplot) {
-    if (geteuid() == 0) {
-        // root writes anywhere; an unwritable place is a path under a file
-        Harness h;
-        Session& s = h.session();
+    Harness h;
+    Session& s = h.session();
+    if (geteuid() == 0) {  // root writes anywhere; an unwritable place is a path under a file
         h.dir.write("plain", "x");
         s.dir = h.dir.file("plain");
-        end_prog(s);
-        EXPECT_TRUE(h.g.ended);
-        EXPECT_NE(h.console().find("Cannot write win_config.dat"), std::string::npos);
-        return;
+    } else {
+        chmod(h.dir.path.c_str(), 0500);
     }
-    Harness h;
-    chmod(h.dir.path.c_str(), 0500);
-    Session& s = h.session();
     end_prog(s);
     EXPECT_TRUE(h.g.ended);
-    EXPECT_NE(h.console().find("Cannot write win_config.dat"), std::string::npos);
+    EXPECT_EQ(h.console().rfind("\n     Cannot write win_config.dat: ", 0), 0u) << h.console();
     EXPECT_FALSE(h.dir.exists("win_config.dat.new"));
 }
 
@@ -198,18 +133,12 @@ TEST(Windows, OpenWindowSizesAndColours) {
     h.dir.write("win_config.dat", "&WIN_CONFIG WIN101_SCALE = 2, LINE_WIDTH = 3, CHARACTER_HEIGHT = 1.0 /\n");
     Session& s = h.session();
     open_window(s);
-    ASSERT_EQ(h.g.opened.size(), 2u);
-    EXPECT_EQ(h.g.opened[0], "102/XWINDOW");
-    EXPECT_EQ(h.g.opened[1], "101/XWINDOW");
+    EXPECT_EQ(h.g.opened, (std::vector<std::string>{"102/XWINDOW", "101/XWINDOW"}));
     auto paps = h.g.named("pgpap");
     ASSERT_EQ(paps.size(), 2u);
-    EXPECT_FLOAT_EQ(paps[0]->args[0], 8.0f);
-    EXPECT_FLOAT_EQ(paps[0]->args[1], 0.707f);
-    EXPECT_FLOAT_EQ(paps[1]->args[0], 5.0f);  // the menu scaled, aspect kept
-    EXPECT_FLOAT_EQ(paps[1]->args[1], 2.7f);
-    auto widths = h.g.named_on("pgslw", s.window.PLOT_DEVICE);
-    ASSERT_FALSE(widths.empty());
-    EXPECT_EQ(widths[0]->args[0], 3);
+    EXPECT_EQ(paps[0]->args, (std::vector<double>{8.0f, 0.707f}));
+    EXPECT_EQ(paps[1]->args, (std::vector<double>{5.0f, 2.7f}));  // the menu scaled, aspect kept
+    EXPECT_EQ(h.g.named_on("pgslw", s.window.PLOT_DEVICE).at(0)->args[0], 3);
     EXPECT_EQ(h.g.named_on("pgswin", s.window.MENU_DEVICE).back()->args[1], 0.37f);
     EXPECT_EQ(h.g.selected, s.window.MENU_DEVICE);
     auto foot = h.g.named("pgptxt");
@@ -218,17 +147,10 @@ TEST(Windows, OpenWindowSizesAndColours) {
     EXPECT_EQ(foot[0]->args[3], 1.0);  // right aligned in the corner
 
     h.g.clear();
-    c_pgsubp(s, 3, 3);
-    c_pgsubp(s, 1, 2);
-    c_pgsubp(s, 2, 2);
-    c_pgsubp(s, 1, 1);
-    c_pgsubp(s, 4, 1);
-    auto heights = h.g.named("pgsch");
-    ASSERT_EQ(heights.size(), 4u);  // 4 by 1 leaves the height as it is
-    EXPECT_FLOAT_EQ(heights[0]->args[0], 1.25f);
-    EXPECT_FLOAT_EQ(heights[1]->args[0], 1.5f);
-    EXPECT_FLOAT_EQ(heights[2]->args[0], 1.5f);
-    EXPECT_FLOAT_EQ(heights[3]->args[0], 1.0f);
+    for (auto [nx, ny] : {std::pair{3, 3}, {1, 2}, {2, 2}, {1, 1}, {4, 1}}) c_pgsubp(s, nx, ny);
+    std::vector<double> heights;  // 4 by 1 leaves the height as it is
+    for (auto* c : h.g.named("pgsch")) heights.push_back(c->args[0]);
+    EXPECT_EQ(heights, (std::vector<double>{1.25, 1.5, 1.5, 1.0}));
     EXPECT_EQ(h.g.named("pgsubp").size(), 5u);
 }
 
@@ -242,12 +164,13 @@ TEST(Windows, ChangeTitle) {
     s.window.LAST_SELECTION = 3;
     s.fexist.lab_EXISTS = true;
     change_title(s);
-    EXPECT_EQ(s.labels.rec[3].PLOT_TITLE, "A very long title that runs beyond forty");
-    EXPECT_EQ(s.labels.rec[3].ABSCISSA_LABEL, "");
-    EXPECT_EQ(s.labels.rec[3].ORDINATE_LABEL, "Ordinate");
+    const auto& rec = s.labels.rec[3];
+    EXPECT_EQ(rec.PLOT_TITLE, "A very long title that runs beyond forty");
+    EXPECT_EQ(rec.ABSCISSA_LABEL, "");
+    EXPECT_EQ(rec.ORDINATE_LABEL, "Ordinate");
     EXPECT_FALSE(s.fexist.lab_EXISTS);
-    EXPECT_NE(h.console().find("     \\d  = subscript & end superscribt\n"), std::string::npos);
-    EXPECT_NE(h.console().find("     Label of the ordinate: "), std::string::npos);
+    EXPECT_TRUE(viewer::testing::has(h.console(), "     \\d  = subscript & end superscribt\n"));
+    EXPECT_TRUE(viewer::testing::has(h.console(), "     Label of the ordinate: "));
 
     h.input("T\nX\nY\n");
     s.window.LAST_SELECTION = 33;  // right column: second bank

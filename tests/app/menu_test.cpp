@@ -11,40 +11,40 @@ using viewer::testing::Harness;
 
 namespace {
 
-int pick(Harness& h, float x, float y, int last = 0, int n_right = 0) {
-    Session& s = h.session();
-    s.menue.N_RIGHT = n_right;
-    h.p.clicks = {{x, y}};
+// The menu of page 1 of 4 answered by `clicks`.
+int pick(Harness& h, std::vector<ScriptedPointer::Click> clicks, int last = 0) {
+    h.p.clicks = std::move(clicks);
     h.p.next = 0;
-    return menu(s, last, 1, 4, NBOX);
+    return menu(h.session(), last, 1, 4, NBOX);
 }
 
 }  // namespace
 
 TEST(Menu, HitTests) {
-    Harness h;
     const float y1 = menu_row_y(1, NBOX), y2 = menu_row_y(2, NBOX);
-    EXPECT_EQ(pick(h, 0.03f, y1 - 0.001f), 1);
-    EXPECT_EQ(pick(h, 0.031f, menu_row_y(25, NBOX)), 25);
-    // rows lie 1/26 apart: a pick between two rows goes to the upper one
-    EXPECT_EQ(pick(h, 0.03f, (y1 + y2) / 2), 1);
-    EXPECT_EQ(pick(h, 0.03f, menu_row_y(7, NBOX) - 0.019f), 7);
-    // the page-turn line lies inside row 1's circle and is tried first
-    EXPECT_EQ(pick(h, 0.03f, 1.0f - 1.0f / 27.0f + 0.001f), -1);
-    EXPECT_EQ(pick(h, 0.3f, 0.99f), -1);
-    // right column: only rows up to N_RIGHT have a dot
-    EXPECT_EQ(pick(h, 0.21f, menu_row_y(3, NBOX), 0, 11), 33);
-    EXPECT_EQ(pick(h, 0.21f, menu_row_y(12, NBOX), 0, 11), 0);  // ignored, then no cursor
-    // a click in empty space is ignored; the next pick counts
-    Session& s = h.session();
-    h.p.clicks = {{0.12f, 0.5f}, {0.03f, menu_row_y(4, NBOX)}};
-    h.p.next = 0;
-    EXPECT_EQ(menu(s, 0, 1, 4, NBOX), 4);
-    EXPECT_FLOAT_EQ(s.menu_XX, 0.03f);  // the cursor comes back where it was
-    // no cursor at all
-    h.p.clicks.clear();
-    h.p.next = 0;
-    EXPECT_EQ(menu(s, 0, 1, 4, NBOX), 0);
+    struct Case {
+        float x, y;
+        int n_right, code;
+    };
+    const Case cases[] = {
+        {0.03f, y1 - 0.001f, 0, 1},
+        {0.031f, menu_row_y(25, NBOX), 0, 25},
+        {0.03f, (y1 + y2) / 2, 0, 1},  // rows lie 1/26 apart: between two rows goes to the upper one
+        {0.03f, menu_row_y(7, NBOX) - 0.019f, 0, 7},
+        {0.03f, 1.0f - 1.0f / 27.0f + 0.001f, 0, -1},  // the page-turn line is tried before row 1
+        {0.3f, 0.99f, 0, -1},
+        {0.21f, menu_row_y(3, NBOX), 11, 33},  // right column: only rows up to N_RIGHT have a dot
+        {0.21f, menu_row_y(12, NBOX), 11, 0},  // ignored, then no cursor
+    };
+    Harness h;
+    for (const Case& c : cases) {
+        h.session().menue.N_RIGHT = c.n_right;
+        EXPECT_EQ(pick(h, {{c.x, c.y}}), c.code) << c.x << " " << c.y;
+    }
+    // a click in empty space is ignored; the next pick counts, and the cursor comes back there
+    EXPECT_EQ(pick(h, {{0.12f, 0.5f}, {0.03f, menu_row_y(4, NBOX)}}), 4);
+    EXPECT_FLOAT_EQ(h.session().menu_XX, 0.03f);
+    EXPECT_EQ(pick(h, {}), 0);  // no cursor at all
 }
 
 TEST(Menu, PageDrawingAndMarks) {
@@ -53,8 +53,7 @@ TEST(Menu, PageDrawingAndMarks) {
     s.fexist.Xemit_EXISTS = s.fexist.Yemit_EXISTS = true;
     s.window.PAGE = 1;
     page_fill(s);
-    h.p.clicks = {{0.03f, menu_row_y(2, NBOX)}};
-    EXPECT_EQ(menu(s, 5, 1, 4, NBOX), 2);
+    EXPECT_EQ(pick(h, {{0.03f, menu_row_y(2, NBOX)}}, 5), 2);
     auto texts = h.g.named("pgptxt");
     ASSERT_EQ(texts.size(), 26u);  // heading and 25 rows, blank ones included
     EXPECT_EQ(texts[0]->texts[0], "\\fiMENU 1 of 4");
@@ -63,16 +62,12 @@ TEST(Menu, PageDrawingAndMarks) {
     EXPECT_EQ(texts[25]->texts[0], pad("EXIT", 33));
     auto circles = h.g.named("pgcirc");
     ASSERT_EQ(circles.size(), 27u);  // 25 dots, the last mark, the pick mark
-    EXPECT_FLOAT_EQ(circles[25]->args[1], menu_row_y(5, NBOX));
-    EXPECT_FLOAT_EQ(circles[25]->args[2], 0.015f);
-    EXPECT_FLOAT_EQ(circles[26]->args[1], menu_row_y(2, NBOX));
-    EXPECT_FLOAT_EQ(circles[26]->args[2], 0.02f);
+    EXPECT_EQ(circles[25]->args, (std::vector<double>{0.03f, menu_row_y(5, NBOX), 0.015f}));
+    EXPECT_EQ(circles[26]->args, (std::vector<double>{0.03f, menu_row_y(2, NBOX), 0.02f}));
 
     for (int last : {30, 0}) {  // marked nowhere
         h.g.clear();
-        h.p.clicks = {{0.03f, menu_row_y(2, NBOX)}};
-        h.p.next = 0;
-        menu(s, last, 1, 4, NBOX);
+        pick(h, {{0.03f, menu_row_y(2, NBOX)}}, last);
         EXPECT_EQ(h.g.named("pgcirc").size(), 26u) << last;
     }
     h.g.clear();
@@ -123,8 +118,7 @@ TEST(Menu, PageFillConditions) {
     s.window.PAGE = 2;
     s.fexist.Xemit_EXISTS = s.fexist.Yemit_EXISTS = s.fexist.Zemit_EXISTS = true;
     page_fill(s);
-    EXPECT_EQ(echo_text(s, 12), "beta function");
-    EXPECT_EQ(echo_text(s, 13), "alpha function");
-    EXPECT_EQ(echo_text(s, 14), "phase advance");
-    EXPECT_EQ(echo_text(s, 8), "");
+    for (auto [row, echo] :
+         {std::pair{8, ""}, {12, "beta function"}, {13, "alpha function"}, {14, "phase advance"}})
+        EXPECT_EQ(echo_text(s, row), echo);
 }

@@ -12,106 +12,75 @@
 using namespace viewer;
 using viewer::testing::count_of;
 using viewer::testing::echoes;
-using viewer::testing::emit_table;
 using viewer::testing::Harness;
+using viewer::testing::has;
 
 namespace {
 
-// A project "p" with beam tables in runs 1 and 2.
-void two_runs(Harness& h) {
-    for (const char* run : {"001", "002"}) {
-        h.dir.write(std::string("p.Xemit.") + run, emit_table(5));
-        h.dir.write(std::string("p.Yemit.") + run, emit_table(5, 2.0));
-        h.dir.write(std::string("p.Zemit.") + run, emit_table(5));
+const std::string kRule = " " + std::string(74, '-');
+
+// A session of project "p" with beam tables in runs 1 and 2.
+struct Play : Harness {
+    explicit Play(std::string input = "") : Harness(std::move(input)) {
+        viewer::testing::beam_tables(dir, 5, {"001", "002"});
     }
-}
+    int go(std::initializer_list<int> codes, const std::string& arg = "p") {
+        picks(codes);
+        return run({arg});
+    }
+};
 
 }  // namespace
 
-TEST(Session, SelectEchoAndExit) {
-    Harness h;
-    two_runs(h);
-    h.row(2);
-    h.row(25);
-    EXPECT_EQ(h.run({"p"}), 0);
-    const std::string c = h.console();
-    EXPECT_EQ(c.rfind("\n     Project name is: p\n     Run number is:   001\n", 0), 0u);
-    EXPECT_EQ(echoes(c), (std::vector<std::string>{"rms Beam Size", "EXIT"}));
-    EXPECT_EQ(h.session().window.LAST_SELECTION, 2);
-    EXPECT_TRUE(h.dir.exists("win_config.dat"));
-    EXPECT_TRUE(h.g.ended);
-    EXPECT_EQ(h.session().chara.PAGE_TITLE, "p 001  22.11  09:05");
-}
-
-TEST(Session, PageTurnsWithFourAndFivePages) {
-    Harness h;
-    two_runs(h);
-    h.row(3);
-    h.turn_page();  // 2
-    h.turn_page();  // 3
-    h.turn_page();  // 4
-    h.turn_page();  // back to 1
-    h.row(25);
-    h.run({"p"});
-    Session& s = h.session();
-    EXPECT_EQ(s.window.PAGE, 1);
-    EXPECT_EQ(s.window.LAST_SELECTION, 0);  // a page turn clears the mark
-    auto headings = h.g.named("pgptxt");
-    std::vector<std::string> pages;
-    for (auto* c : headings)
-        if (c->texts[0].rfind("\\fiMENU", 0) == 0) pages.push_back(c->texts[0]);
-    EXPECT_EQ(pages, (std::vector<std::string>{"\\fiMENU 1 of 4", "\\fiMENU 1 of 4", "\\fiMENU 2 of 4",
-                                               "\\fiMENU 3 of 4", "\\fiMENU 4 of 4", "\\fiMENU 1 of 4"}));
-
-    Harness h5;
-    two_runs(h5);
-    h5.dir.write("p.Sigma.001", "0 0 1 2 3\n");
-    for (int i = 0; i < 5; ++i) h5.turn_page();
-    h5.row(25);
-    h5.run({"p"});
-    EXPECT_EQ(h5.session().window.N_PAGES, 5);
-    EXPECT_EQ(h5.session().window.PAGE, 1);  // 4 -> 5 -> 1
-    EXPECT_NE(h5.console().find(" EXIT"), std::string::npos);
-}
-
-TEST(Session, BlankRowsAndRowsWithoutPlots) {
-    Harness h;
-    two_runs(h);
-    h.row(4);
-    h.turn_page();
-    h.row(8);   // page 2 row 8: the mark moves there, nothing is drawn
-    h.row(17);  // no row 17 on page 2: nothing, the mark stays
-    h.turn_page();
-    h.row(18);  // page 3: the geometry row flips nothing
-    h.row(25);
-    h.run({"p"});
-    Session& s = h.session();
-    EXPECT_EQ(s.window.LAST_SELECTION, 0);
-    EXPECT_FALSE(s.logo.WITH_GEOMETRY);
-    EXPECT_EQ(echoes(h.console()),
-              (std::vector<std::string>{"Long. Emittance", "", "", "include geometry", "EXIT"}));
+TEST(Session, MenuWalksEchoesPageTurnsAndBlankRows) {
+    struct Case {
+        std::initializer_list<int> picks;
+        bool sigma;         // a .Sigma table: five pages
+        const char* pages;  // of the menus shown
+        std::vector<std::string> echoes;
+        int last;
+    };
+    const Case cases[] = {
+        {{2, 25}, false, "11", {"rms Beam Size", "EXIT"}, 2},
+        // a page turn clears the mark; 4 turns to 1, 4 to 5 to 1
+        {{3, 0, 0, 0, 0, 25}, false, "112341", {"rms Beam Divergence", "EXIT"}, 0},
+        {{3, 0, 0, 0, 0, 0, 25}, true, "1123451", {"rms Beam Divergence", "EXIT"}, 0},
+        // page 2 row 8: the mark moves there, nothing is drawn; no row 17 on
+        // page 2: the mark stays; page 3: the geometry row flips nothing
+        {{4, 0, 8, 17, 0, 18, 25},
+         false,
+         "1122233",
+         {"Long. Emittance", "", "", "include geometry", "EXIT"},
+         0},
+    };
+    for (const Case& c : cases) {
+        Play h;
+        if (c.sigma) h.dir.write("p.Sigma.001", "0 0 1 2 3\n");
+        EXPECT_EQ(h.go(c.picks), 0);
+        std::string seen;  // "\\fiMENU 2 of 4": 2
+        for (auto* t : h.g.named("pgptxt"))
+            if (t->texts[0].rfind("\\fiMENU ", 0) == 0 && has(t->texts[0], c.sigma ? " of 5" : " of 4"))
+                seen += t->texts[0][8];
+        EXPECT_EQ(seen, c.pages);
+        EXPECT_EQ(echoes(h.console()), c.echoes);
+        EXPECT_EQ(h.session().window.LAST_SELECTION, c.last) << c.pages;
+        EXPECT_FALSE(h.session().logo.WITH_GEOMETRY);
+        EXPECT_TRUE(h.dir.exists("win_config.dat") && h.g.ended);
+    }
 }
 
 TEST(Session, ZoomFitAndGeometryBeforeAnyPlot) {
-    Harness h("abc\n-1\n\n2.5\n");
-    two_runs(h);
-    h.row(19);
-    h.row(20);
-    h.row(18);
-    h.row(25);
-    h.run({"p"});
+    Play h("abc\n-1\n\n2.5\n");
+    h.go({19, 20, 18, 25});
     Session& s = h.session();
-    EXPECT_TRUE(s.logo.ZOOM_Z);
+    EXPECT_TRUE(s.logo.ZOOM_Z && s.logo.FIT_REQUESTED && s.logo.WITH_GEOMETRY);
     EXPECT_EQ(s.graph.Z_LOWER, -1.0f);
     EXPECT_EQ(s.graph.Z_UPPER, 2.5f);
-    EXPECT_TRUE(s.logo.FIT_REQUESTED);
-    EXPECT_TRUE(s.logo.WITH_GEOMETRY);
-    const std::string c = h.console();
-    EXPECT_NE(c.find("     Lower boundary of abscissa:      Not a number: abc\n"
-                     "     Lower boundary of abscissa:      Upper boundary of abscissa: "),
-              std::string::npos);
+    EXPECT_TRUE(has(h.console(),
+                    "     Lower boundary of abscissa:      Not a number: abc\n"
+                    "     Lower boundary of abscissa:      Upper boundary of abscissa: "));
     // each redraw pass comes back to the menu: four menus and the exit
-    EXPECT_EQ(count_of(c, " " + std::string(74, '-')), 4u);
+    EXPECT_EQ(count_of(h.console(), kRule), 4u);
 }
 
 TEST(Session, ZoomFamilies) {
@@ -132,212 +101,151 @@ TEST(Session, ZoomFamilies) {
 }
 
 TEST(Session, SteppingPastTheEndAndBack) {
-    Harness h("y\n");
-    two_runs(h);
-    h.row(1);
-    h.row(23);  // run 2, plot 1 drawn again without the menu
-    h.row(23);  // run 3 has no data: step back with y
-    h.row(24);  // run 1
-    h.row(24);  // stays at 1
-    h.row(25);
-    h.run({"p,1"});
+    Play h("y\n");
+    // plot 1; run 2 drawn again without the menu; run 3 has no data: step back
+    // with y; run 1; stays at 1
+    h.go({1, 23, 23, 24, 24, 25}, "p,1");
     Session& s = h.session();
     const std::string c = h.console();
-    EXPECT_NE(c.find("     new run number:  .002\n"), std::string::npos);
-    EXPECT_NE(
-        c.find("     new run number:  .003\n\n     No data files found for: p,003\n     Step back (Y/N): "),
-        std::string::npos);
+    EXPECT_TRUE(has(c, "     new run number:  .002\n"));
+    EXPECT_TRUE(
+        has(c, "     new run number:  .003\n\n     No data files found for: p,003\n     Step back (Y/N): "));
     EXPECT_EQ(count_of(c, "     new run number:  .001\n"), 2u);
     EXPECT_EQ(s.RUN_NUMBER, 1);
     EXPECT_EQ(s.chara.RUN, ".001");
     EXPECT_EQ(s.window.LAST_SELECTION, 1);
-    EXPECT_FALSE(s.STEP_BACK);
-    EXPECT_FALSE(s.STEP_FOR);
-    // five menus: the start, after plot 1, after run 2, after run 2 again, after run 1
-    EXPECT_EQ(count_of(c, " " + std::string(74, '-')), 6u);
-}
+    EXPECT_FALSE(s.STEP_BACK || s.STEP_FOR);
+    // menus: the start, after plot 1, after run 2, after run 2 again, after run 1, and the exit
+    EXPECT_EQ(count_of(c, kRule), 6u);
 
-TEST(Session, SteppingAtTheUpperEnd) {
-    Harness h;
-    h.dir.write("p.Zemit.999", emit_table(3));
-    h.row(23);
-    h.row(25);
-    h.run({"p,999"});
-    EXPECT_EQ(h.session().RUN_NUMBER, 999);
-    EXPECT_NE(h.console().find("     new run number:  .999\n"), std::string::npos);
-    EXPECT_EQ(h.console().find("No data files"), std::string::npos);
+    Harness top;  // at run 999 a step forward stays there
+    top.dir.write("p.Zemit.999", viewer::testing::emit_table(3));
+    top.picks({23, 25});
+    top.run({"p,999"});
+    EXPECT_EQ(top.session().RUN_NUMBER, 999);
+    EXPECT_TRUE(has(top.console(), "     new run number:  .999\n"));
+    EXPECT_EQ(top.console().find("No data files"), std::string::npos);
 }
 
 TEST(Session, NoDataThenOtherArguments) {
-    Harness h("n\nother,3\n");
-    two_runs(h);
-    h.dir.write("other.Zemit.003", emit_table(3));
-    h.row(4);
-    h.row(23);  // run 3 of p has nothing: answer n, then other,3
-    h.row(25);
-    h.run({"p,2"});
+    Play h("n\nother,3\n");
+    h.dir.write("other.Zemit.003", viewer::testing::emit_table(3));
+    h.go({4, 23, 25}, "p,2");  // run 3 of p has nothing: answer n, then other,3
     Session& s = h.session();
     EXPECT_EQ(s.chara.PROJECT, "other");
     EXPECT_EQ(s.RUN_NUMBER, 3);
-    const std::string c = h.console();
-    EXPECT_NE(c.find("     Step back (Y/N): \n     Enter input arguments: \n     Project name is: other\n"),
-              std::string::npos);
+    EXPECT_TRUE(has(h.console(),
+                    "     Step back (Y/N): \n     Enter input arguments: \n     Project name is: other\n"));
     EXPECT_EQ(s.window.LAST_SELECTION, 4);  // the plot on show is drawn for the new project
-
-    Harness none("");
-    EXPECT_EQ(none.run({}), 0);  // no argument, no rfgun files, then the end of input
-    EXPECT_NE(none.console().find("     No data files found for: \n     Enter input arguments: \n"
-                                  "     End of input: the session ends\n"),
-              std::string::npos);
-    EXPECT_TRUE(none.g.ended);
-    EXPECT_TRUE(none.dir.exists("win_config.dat"));
 }
 
 TEST(Session, EndOfInputAtEveryKindOfPrompt) {
-    for (int row : {19, 21}) {
-        Harness h("");
-        two_runs(h);
-        h.row(2);
-        h.row(row);
-        EXPECT_EQ(h.run({"p"}), 0);
-        EXPECT_NE(h.console().find("End of input: the session ends"), std::string::npos) << row;
+    for (int row : {19, 21}) {  // the zoom and the file name
+        Play h;
+        EXPECT_EQ(h.go({2, row}), 0);
+        EXPECT_TRUE(has(h.console(), "\n     End of input: the session ends\n")) << row;
         EXPECT_TRUE(h.g.ended) << row;
     }
+    Harness none;  // no argument, no rfgun files: the arguments asked for
+    EXPECT_EQ(none.run({}), 0);
+    EXPECT_TRUE(has(none.console(),
+                    "     No data files found for: \n     Enter input arguments: \n"
+                    "     End of input: the session ends\n"));
+    EXPECT_TRUE(none.g.ended && none.dir.exists("win_config.dat"));
 }
 
 TEST(Session, ToFileAndItsExtensions) {
-    Harness h("run5.gif\nrun5.txt\nrun5.cvps\n");
-    two_runs(h);
-    h.row(2);
-    h.row(21);
-    h.row(25);
-    h.run({"p"});
+    Play h("run5.gif\nrun5.txt\nrun5.cvps\n");
+    h.go({2, 21, 25});
     const std::string c = h.console();
     EXPECT_EQ(count_of(c, " Invalid extension\n"), 2u);
-    EXPECT_NE(c.find("     extensions: .ps   = landscape\n                 .vps  = portrait\n"
-                     "                 .cps  = color, landscape\n                 .cvps = colour, portrait\n"
-                     "     Enter file name : "),
-              std::string::npos);
-    EXPECT_NE(c.find("     saved to file:   " + std::string(23, ' ') + "run5.ps\n"), std::string::npos);
-    ASSERT_FALSE(h.g.opened.empty());
+    EXPECT_TRUE(has(c,
+                    "     extensions: .ps   = landscape\n                 .vps  = portrait\n"
+                    "                 .cps  = color, landscape\n                 .cvps = colour, portrait\n"
+                    "     Enter file name : "));
+    EXPECT_TRUE(has(c, "     saved to file:   " + std::string(23, ' ') + "run5.ps\n"));
     EXPECT_EQ(h.g.opened.back(), h.dir.path + "/run5.ps/VCPS");
     Session& s = h.session();
     EXPECT_FALSE(s.logo.TO_FILE);
     EXPECT_EQ(s.window.LAST_SELECTION, 2);
     EXPECT_EQ(h.g.named("pgclos").size(), 1u);
-    // the hardcopy colours: green 0, 0.8, 0.2 on paper
-    bool green = false;
+    bool green = false;  // the hardcopy colours: green 0, 0.8, 0.2 on paper
     for (auto* call : h.g.named_on("pgscr", s.window.FILE_DEVICE))
         if (call->args[0] == 4) green = call->args[2] == 0.8f;
     EXPECT_TRUE(green);
-}
 
-TEST(Session, DeviceForEveryExtension) {
-    auto device_for_test = [](const std::string& name) {
-        auto d = device_for_name(name);
-        return d ? std::make_pair(d->device, d->colour ? 1 : 0) : std::make_pair(std::string(), -1);
-    };
-    EXPECT_EQ(device_for_test("run5"), std::make_pair(std::string("run5.ps/PS"), 0));
-    EXPECT_EQ(device_for_test("run5.ps"), std::make_pair(std::string("run5.ps/PS"), 0));
-    EXPECT_EQ(device_for_test("run5.vps"), std::make_pair(std::string("run5.ps/VPS"), 0));
-    EXPECT_EQ(device_for_test("run5.cps"), std::make_pair(std::string("run5.ps/CPS"), 1));
-    EXPECT_EQ(device_for_test("run5.vcps"), std::make_pair(std::string("run5.ps/VCPS"), 1));
-    EXPECT_EQ(device_for_test("run5.cvps"), std::make_pair(std::string("run5.ps/VCPS"), 1));
-    EXPECT_EQ(device_for_test("a.psx.cps"), std::make_pair(std::string("a.ps/PS"), 0));
-    EXPECT_EQ(device_for_test("run5.gif").second, -1);
-    EXPECT_EQ(device_for_test("run5.cgif").second, -1);
+    const std::pair<const char*, const char*> devices[] = {{"run5", "run5.ps/PS"},
+                                                           {"run5.ps", "run5.ps/PS"},
+                                                           {"run5.vps", "run5.ps/VPS"},
+                                                           {"run5.cps", "run5.ps/CPS+"},
+                                                           {"run5.vcps", "run5.ps/VCPS+"},
+                                                           {"run5.cvps", "run5.ps/VCPS+"},
+                                                           {"a.psx.cps", "a.ps/PS"},
+                                                           {"run5.gif", ""},
+                                                           {"run5.cgif", ""}};
+    for (auto [name, device] : devices) {
+        const auto d = device_for_name(name);
+        EXPECT_EQ(d ? d->device + (d->colour ? "+" : "") : "", device) << name;
+    }
 }
 
 TEST(Session, ToFileBeforeAnyPlotAndUncreatableFile) {
-    Harness h("empty\nnope.ps\n");
-    two_runs(h);
+    Play h("empty\nnope.ps\n");
     h.g.refuse_open.push_back(h.dir.path + "/nope.ps/PS");
-    h.row(21);
-    h.row(21);
-    h.row(25);
-    h.run({"p"});
-    const std::string c = h.console();
-    EXPECT_NE(c.find("     saved to file:   " + std::string(22, ' ') + "empty.ps\n"), std::string::npos);
-    EXPECT_NE(c.find("     Cannot create file: nope.ps\n"), std::string::npos);
+    h.go({21, 21, 25});
+    EXPECT_TRUE(has(h.console(), "     saved to file:   " + std::string(22, ' ') + "empty.ps\n"));
+    EXPECT_TRUE(has(h.console(), "     Cannot create file: nope.ps\n"));
     EXPECT_FALSE(h.session().logo.TO_FILE);
     EXPECT_EQ(h.g.named("pgclos").size(), 1u);  // the plot window is never closed
 }
 
 TEST(Session, OverviewSheet) {
-    Harness h;
-    two_runs(h);
-    h.row(5);
-    h.row(22);
-    h.row(25);
-    h.run({"p,2"});
+    Play h;
+    h.go({5, 22, 25}, "p,2");
     Session& s = h.session();
-    const std::string c = h.console();
-    EXPECT_NE(c.find("     saved to file:   " + std::string(21, ' ') + "p1.002.ps\n"), std::string::npos);
+    EXPECT_TRUE(has(h.console(), "     saved to file:   " + std::string(21, ' ') + "p1.002.ps\n"));
     EXPECT_EQ(h.g.opened.back(), h.dir.path + "/p1.002.ps/PS");
     EXPECT_EQ(s.window.LAST_SELECTION, 5);  // back on the row it came from
     EXPECT_FALSE(s.logo.OVERVIEW);
-    auto subp = h.g.named_on("pgsubp", s.window.FILE_DEVICE);
-    ASSERT_FALSE(subp.empty());
-    EXPECT_EQ(subp[0]->args[0], 3);
-    EXPECT_EQ(subp[0]->args[1], 3);
+    EXPECT_EQ(h.g.named_on("pgsubp", s.window.FILE_DEVICE).at(0)->args, (std::vector<double>{3, 3}));
     auto feet = h.g.named_on("pgptxt", s.window.FILE_DEVICE);
     ASSERT_EQ(feet.size(), 1u);  // one page foot for the sheet
     EXPECT_EQ(feet[0]->texts[0], "p 002  22.11  09:05");
     // nine plot passes and no menu in between: three menus in all
-    EXPECT_EQ(count_of(c, " " + std::string(74, '-')), 3u);
+    EXPECT_EQ(count_of(h.console(), kRule), 3u);
 
     Harness anon;
-    anon.dir.write(".Zemit.001", emit_table(3));
-    anon.row(22);
-    anon.row(25);
+    anon.dir.write(".Zemit.001", viewer::testing::emit_table(3));
+    anon.picks({22, 25});
     anon.run({",1"});
-    EXPECT_NE(anon.console().find("B-Overview.ps\n"), std::string::npos);
+    EXPECT_TRUE(has(anon.console(), "B-Overview.ps\n"));
     EXPECT_EQ(anon.g.opened.back(), anon.dir.path + "/B-Overview.ps/CPS");
 }
 
 TEST(Session, NumberOfBins) {
-    Harness h("0\n5000\nten\n20\n");
-    two_runs(h);
+    Play h("0\n5000\nten\n20\n");
     h.dir.write("p.Error.001", "1 2 3 4 5 6 7 8 9 10 11 12\n");
-    h.turn_page();
-    h.turn_page();
-    h.right_row(3);
-    h.row(15);
-    h.row(25);
-    h.run({"p"});
-    Session& s = h.session();
-    EXPECT_EQ(s.graph.N_BINS, 20);
-    EXPECT_EQ(s.window.LAST_SELECTION, 33);
+    h.go({0, 0, 33, 15, 25});
+    EXPECT_EQ(h.session().graph.N_BINS, 20);
+    EXPECT_EQ(h.session().window.LAST_SELECTION, 33);
     const std::string c = h.console();
-    EXPECT_NE(c.find(" Err. FOM(3)\n"), std::string::npos);
-    EXPECT_NE(c.find("     Current number of bins:   10\n     Enter new number of bins: "),
-              std::string::npos);
+    EXPECT_TRUE(has(c, " Err. FOM(3)\n"));
+    EXPECT_TRUE(has(c, "     Current number of bins:   10\n     Enter new number of bins: "));
     EXPECT_EQ(count_of(c, "The number of bins must lie between 1 and 3200"), 2u);
     EXPECT_EQ(count_of(c, "Not a whole number: ten"), 1u);
 
-    Harness without;  // no .Error: the row has no text and no effect
-    two_runs(without);
-    without.turn_page();
-    without.turn_page();
-    without.row(15);
-    without.row(25);
-    without.run({"p"});
+    Play without;  // no .Error: the row has no text and no effect
+    without.go({0, 0, 15, 25});
     EXPECT_EQ(without.console().find("number of bins"), std::string::npos);
 }
 
 TEST(Session, ReadErrorInATableStopsWithFileAndLine) {
-    Harness h;
-    two_runs(h);
-    h.dir.write("p.Xemit.001", emit_table(2) + "  1.0000E+00      banana\n");
-    h.row(1);
-    h.row(25);
-    h.run({"p"});
-    const std::string c = h.console();
-    EXPECT_NE(c.find("\n          Error reading unit 10, file: " + h.dir.file("p.Xemit.001") +
-                     ", line 3, column 13: "),
-              std::string::npos)
-        << c;
-    EXPECT_NE(c.find("          Program stops\n"), std::string::npos);
+    Play h;
+    h.dir.write("p.Xemit.001", viewer::testing::emit_table(2) + "  1.0000E+00      banana\n");
+    h.go({1, 25});
+    EXPECT_TRUE(has(h.console(), "\n          Error reading unit 10, file: " + h.dir.file("p.Xemit.001") +
+                                     ", line 3, column 13: "));
+    EXPECT_TRUE(has(h.console(), "          Program stops\n"));
 }
 
 namespace {

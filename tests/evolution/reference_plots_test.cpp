@@ -5,8 +5,6 @@
 
 #include <algorithm>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "evolution/plots.hpp"
 #include "plot/frame.hpp"
@@ -30,6 +28,7 @@ struct RefPlotsTest : ::testing::Test {
             for (float v : r) t << " " << v;
             t << "\n";
         }
+        rec.clear();
         viewer::testing::open_table(s, 13, &Fexist::ref_EXISTS, "p.ref.001", t.str());
         s.R_PKT = static_cast<int>(rows.size());
     }
@@ -48,50 +47,38 @@ struct RefPlotsTest : ::testing::Test {
 
 }  // namespace
 
-TEST_F(RefPlotsTest, MomentumClampedAtZeroWhilePositiveGradientAndLarmorByMargin) {
-    // A constant positive momentum still starts at zero.
-    using Case = std::vector<float>;  // momentum at the start, range
-    for (const Case& c : {Case{5, 0, 12}, Case{0, 0, 12}, Case{-5, -6, 12}, Case{10, 0, 12}}) {
-        SCOPED_TRACE(c[0]);
-        rec.clear();
-        ref_rows({{1, 0, c[0], 0, 0, 0, 0}, {2, 0, 10, 0, 0, 0, 0}});
-        pgex10(s, s.R_PKT);
-        EXPECT_TRUE(window_is(env(), 1, 2, c[1], c[2]));
-    }
-    rec.clear();
-    ref_rows({{1, 0, 0, -2, 0.5f, 0, 0}, {2, 0, 0, 3, -1, 0, 0}});
-    pgex11(s, s.R_PKT);
-    pgex13(s, s.R_PKT);
-    EXPECT_TRUE(window_is(env(0), 1, 2, -2.4f, 3.6f));
-    EXPECT_TRUE(window_is(env(1), 1, 2, -1.2f, 0.6f));
-}
-
-TEST_F(RefPlotsTest, LabelsOverlayAndPageFootOfTheOneCurvePlots) {
-    ref_rows({{1, 0, 1, 2, 3, 4, 5}, {2, 0, 2, 3, 4, 5, 6}});
-    with_outline();
-    s.logo.OVERVIEW = true;  // these plots write their foot all the same
-    s.chara.PAGE_TITLE = "p 001";
+TEST_F(RefPlotsTest, OneCurvePlotsRuleLabelsOverlayAndPageFoot) {
     struct Member {
         void (*plot)(Session&, int);
         int field;
-        const char* ylabel;
-        const char* title;
+        float ymin, ymax;  // of the values field - 1 and field
+        const char *ylabel, *title;
     };
     const Member members[] = {
-        {pgex10, reference::ENE, "\\fip\\dz  MeV/c", "longitudinal momentum of reference particle"},
-        {pgex11, reference::GRAD, "\\fidp\\dz\\u/dz MeV/c/m", "momentum change of reference particle"},
-        {pgex13, reference::LARMOR, "\\fiLarmor angle  rad", "Larmor angle"},
+        {pgex10, reference::ENE, 0, 2.4f, "\\fip\\dz  MeV/c", "longitudinal momentum of reference particle"},
+        {pgex11, reference::GRAD, 1.6f, 3.6f, "\\fidp\\dz\\u/dz MeV/c/m",
+         "momentum change of reference particle"},
+        {pgex13, reference::LARMOR, 2.4f, 4.8f, "\\fiLarmor angle  rad", "Larmor angle"},
     };
+    with_outline();
+    s.logo.OVERVIEW = true;  // these plots write their foot all the same
     for (const Member& m : members) {
         SCOPED_TRACE(m.title);
-        rec.clear();
+        ref_rows({{1, 0, 1, 2, 3, 4, 5}, {2, 0, 2, 3, 4, 5, 6}});
         m.plot(s, s.R_PKT);
+        EXPECT_TRUE(window_is(env(), 1, 2, m.ymin, m.ymax));
         EXPECT_EQ(rec.named("pglab").at(0)->texts, (std::vector<std::string>{"\\fiz m", m.ylabel, m.title}));
         const auto lines = rec.named("pgline");
         ASSERT_EQ(lines.size(), 3u);  // the curve, the outline and its mirror
         EXPECT_EQ(lines[0]->ys, (std::vector<float>{m.field - 1.0f, m.field + 0.0f}));
         EXPECT_EQ(lines[2]->ys, (std::vector<float>{-1, -2}));
         EXPECT_EQ(rec.named("pgptxt").size(), 1u);
+    }
+    // The momentum is clamped at zero while positive, a constant one too.
+    for (auto [start, ymin] : {std::pair{5.f, 0.f}, {0.f, 0.f}, {-5.f, -6.f}, {10.f, 0.f}}) {
+        ref_rows({{1, 0, start, 0, 0, 0, 0}, {2, 0, 10, 0, 0, 0, 0}});
+        pgex10(s, s.R_PKT);
+        EXPECT_TRUE(window_is(env(), 1, 2, ymin, 12)) << start;
     }
 }
 
@@ -125,9 +112,7 @@ TEST_F(RefPlotsTest, TrajectoryInTwoPanelsWithTheirOwnRanges) {
     const auto t = trace(rec);  // one curve a panel, black and solid
     EXPECT_EQ(std::count(t.begin(), t.end(), "pgsci2") + std::count(t.begin(), t.end(), "pgsls2"), 0);
 
-    // One offset all zero: its panel is mended around zero.
-    rec.clear();
-    offsets({0, 0}, {1, 3});
+    offsets({0, 0}, {1, 3});  // one offset all zero: its panel is mended around zero
     pgex12(s, s.R_PKT);
     EXPECT_TRUE(window_is(env(0), 1, 2, -0.1f, 0.1f));
     EXPECT_TRUE(window_is(env(1), 1, 2, 0.8f, 3.6f));
@@ -137,8 +122,7 @@ TEST_F(RefPlotsTest, TrajectoryInTwoPanelsWithTheirOwnRanges) {
     for (bool zoom : {false, true}) {
         rec.clear();
         h.out.str("");
-        s.fexist.ref_EXISTS = zoom;
-        s.logo.ZOOM_Z = zoom;
+        s.fexist.ref_EXISTS = s.logo.ZOOM_Z = zoom;
         s.graph.Z_LOWER = 5;
         s.graph.Z_UPPER = 6;
         pgex12(s, s.R_PKT);
@@ -163,8 +147,7 @@ TEST_F(RefPlotsTest, TrajectoryOverlayInBothPanels) {
                                         "pgpanl2", "pgline-", "pgline+", "pgsls1", "pgswin", "pgpanl2",
                                         "pgunsa", "pgebuf", "pgupdt"}));
     const auto win = rec.named("pgswin");
-    ASSERT_GE(win.size(), 2u);
-    EXPECT_TRUE(window_is(*win[0], 1, 2, -2.1f, 2.1f));
-    EXPECT_EQ(win[1]->args, std::vector<double>(env(1).args.begin(), env(1).args.begin() + 4));
+    EXPECT_TRUE(window_is(*win.at(0), 1, 2, -2.1f, 2.1f));
+    EXPECT_EQ(win.at(1)->args, std::vector<double>(env(1).args.begin(), env(1).args.begin() + 4));
     EXPECT_EQ(s.geometry.GEOM_R, (std::vector<float>{1, 2}));
 }

@@ -71,6 +71,21 @@ inline std::string emit_table(int n, double scale = 1.0) {
     return t;
 }
 
+// Beam tables .Xemit, .Yemit (twice as large) and .Zemit of `n` records for
+// each of `runs` of the project `project`.
+inline void beam_tables(const TempDir& d, int n, std::initializer_list<const char*> runs = {"001"},
+                        const std::string& project = "p") {
+    for (const char* run : runs)
+        for (const char* kind : {".Xemit.", ".Yemit.", ".Zemit."})
+            d.write(project + kind + run, emit_table(n, kind[1] == 'Y' ? 2.0 : 1.0));
+}
+
+// `needle` found in `hay`; the failure shows the whole text.
+inline ::testing::AssertionResult has(const std::string& hay, const std::string& needle) {
+    if (hay.find(needle) != std::string::npos) return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << "\"" << needle << "\" not in:\n" << hay;
+}
+
 inline std::tm fixed_time() {
     std::tm t{};
     t.tm_year = 126;
@@ -111,6 +126,10 @@ struct Harness {
     void row(int i) { click(0.03f, menu_row_y(i, NBOX)); }
     void right_row(int i) { click(0.21f, menu_row_y(i, NBOX)); }
     void turn_page() { click(0.2f, 0.99f); }
+    // Picks in order: a row of the left column, 30 + i row i of the right, 0 a page turn.
+    void picks(std::initializer_list<int> codes) {
+        for (int c : codes) c == 0 ? turn_page() : c > 30 ? right_row(c - 30) : row(c);
+    }
 
     std::string console() const { return out.str(); }
 };
