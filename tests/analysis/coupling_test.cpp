@@ -5,18 +5,14 @@
 #include <string>
 #include <vector>
 
-#include "analysis/plots.hpp"
-#include "tests/support/harness.hpp"
+#include "tests/analysis/analysis_fixture.hpp"
 
 using namespace viewer;
-using viewer::testing::window_is;
+using namespace viewer::testing;
 
 namespace {
 
-struct CouplingTest : ::testing::Test {
-    viewer::testing::Harness h;
-    Session& s = h.session();
-
+struct Coupling : PlotTest {
     // One .Sigma record a row: z, then S11 S13 S14 S22 S23 S24 S33 S44; the rest 0.
     void sigma(const std::vector<std::vector<double>>& rows) {
         std::string t;
@@ -29,85 +25,59 @@ struct CouplingTest : ::testing::Test {
                 for (int j = i; j < 6; ++j) t += (j == 3 ? "\n " : " ") + std::to_string(S[i][j]);
             t += "\n";
         }
-        viewer::testing::open_table(s, 29, &Fexist::Sigma_EXISTS, "p.Sigma.001", t);
+        open_table(s, 29, &Fexist::Sigma_EXISTS, "p.Sigma.001", t);
     }
     void draw(int selection) {
-        h.g.clear();
-        h.out.str("");
+        clear();
         pgex501(s, PKT, selection);
     }
-    const GraphicsCall& env() const { return *h.g.named("pgenv").at(0); }
-    std::vector<std::string> labels() const { return h.g.named("pglab").at(0)->texts; }
 };
 
 }  // namespace
 
-TEST_F(CouplingTest, TwoCurvesPrintTwoBlocksAndTakeTheMarginFromTheSpan) {
+TEST_F(Coupling, TwoCurvesPrintTwoBlocksAndTakeTheMarginFromTheSpan) {
     sigma({{1, 1, 0.2, 0.4, 1, 0, 0, 1, 1}, {2, 1, -0.6, 1.0, 1, 0, 0, 1, 1}});
     draw(3);
-    EXPECT_EQ(h.console(),
-              "\n"
-              "     1: black (horizontal): \n"
-              "     beginning:                   2.0000D-01\n"
-              "     end:                         5.0000D-01\n"
-              "     minimum:                     2.0000D-01  at z =   1.0000D+00\n"
-              "     maximum:                     5.0000D-01  at z =   2.0000D+00\n"
-              "     average:                     3.5000D-01\n"
-              "\n"
-              "     2: red (vertical): \n"
-              "     beginning:                   1.0000D-01\n"
-              "     end:                        -3.0000D-01\n"
-              "     minimum:                    -3.0000D-01  at z =   2.0000D+00\n"
-              "     maximum:                     1.0000D-01  at z =   1.0000D+00\n"
-              "     average:                    -1.0000D-01\n"
-              "\n");
+    EXPECT_EQ(console(), stats(kBlack, 0.2f, 0.5f, 0.2f, 1, 0.5f, 2, 0.35f) +
+                             stats(kRed, 0.1f, -0.3f, -0.3f, 2, 0.1f, 1, -0.1f));
     EXPECT_TRUE(window_is(env(), 1, 2, -0.46f, 0.66f));  // 0.2 of the span 0.8 on both sides
-    EXPECT_EQ(labels(), (std::vector<std::string>{"\\fiz m", pad(" m / rad", 40),
-                                                  pad("Angular Momentum & Coupling Angle x-y", 40)}));
 }
 
-TEST_F(CouplingTest, OneCurveRangesAndTextsKeptFromTheLastRecordTaken) {
+TEST_F(Coupling, OneCurveRangesAndTextsKeptFromTheLastRecordTaken) {
     // C = 0.25 then 0.16, trace 7 then 12, S14 - S23 = 0.5 then 0.2, S13 = S24.
     sigma({{1, 4, 0.5, 0, 1, -0.5, 0.5, 1, 1}, {2, 9, 0.4, 0, 1, -0.2, 0.4, 1, 1}});
-    struct Step {
+    const std::string angular = "Angular Momentum & Coupling Angle x-y";
+    const struct {
         int selection;
         bool empty_zoom;
         std::string y, top;
         std::size_t lines;
         float ymin, ymax;
-    };
-    const std::string blank(40, ' ');
-    const Step steps[] = {
-        // Never drawn: blank texts, one curve.
-        {3, true, blank, blank, 1, -0.1f, 0.1f},
-        {4, false, blank, pad("Trace x-y", 40), 1, 0, 14.4f},  // the 0 of the second curve is in the range
-        {2, false, pad("\\ge \\gp \\fimrad mm ", 40), pad("Coupling Emittance x-y", 40), 1, 0, 6e5f},
-        {3, false, pad(" m / rad", 40), pad("Angular Momentum & Coupling Angle x-y", 40), 2, 0, 0.3f},
+    } steps[] = {
+        // clang-format off
+        {3, true, "", "", 1, -0.1f, 0.1f},  // never drawn: blank texts, one curve
+        {4, false, "", "Trace x-y", 1, 0, 14.4f},  // the 0 of the second curve is in the range
+        {2, false, "\\ge \\gp \\fimrad mm ", "Coupling Emittance x-y", 1, 0, 6e5f},
+        {3, false, " m / rad", angular, 2, 0, 0.3f},
         // A zoom that takes no record keeps the texts and curve count of the call before.
-        {4, true, pad(" m / rad", 40), pad("Angular Momentum & Coupling Angle x-y", 40), 2, -0.1f, 0.1f},
+        {4, true, " m / rad", angular, 2, -0.1f, 0.1f},
+        // clang-format on
     };
-    for (const Step& st : steps) {
+    for (const auto& st : steps) {
         SCOPED_TRACE(st.selection);
-        s.logo.ZOOM_Z = st.empty_zoom;
-        s.graph.Z_LOWER = 10;
-        s.graph.Z_UPPER = 20;
+        zoom_z(st.empty_zoom);
         draw(st.selection);
-        EXPECT_EQ(labels(), (std::vector<std::string>{"\\fiz m", st.y, st.top}));
-        EXPECT_EQ(h.g.named("pgline").size(), st.lines);
-        const GraphicsCall& e = env();
-        EXPECT_FLOAT_EQ(static_cast<float>(e.args[2]), st.ymin);
-        EXPECT_NEAR(e.args[3], st.ymax, 1e-6 * st.ymax + 1e-7);
-        if (st.empty_zoom) {
-            EXPECT_EQ(h.console(), "");
-        }
+        EXPECT_EQ(labels(), (std::vector<std::string>{"\\fiz m", pad(st.y, 40), pad(st.top, 40)}));
+        EXPECT_EQ(rec.named("pgline").size(), st.lines);
+        EXPECT_FLOAT_EQ(static_cast<float>(env().args[2]), st.ymin);
+        EXPECT_NEAR(env().args[3], st.ymax, 1e-6 * st.ymax + 1e-7);
+        EXPECT_TRUE(!st.empty_zoom || console().empty());
     }
     // Selection 1 on determinants 4 and 9: the axis starts at 0, the roots are scaled by 1e12.
-    s.logo.ZOOM_Z = false;
+    zoom_z(false);
     sigma({{1, 4, 0, 0, 1, 0, 0, 1, 1}, {2, 9, 0, 0, 1, 0, 0, 1, 1}});
     draw(1);
-    EXPECT_EQ(h.g.named("pgline").at(0)->ys, (std::vector<float>{2e12f, 3e12f}));
-    EXPECT_FLOAT_EQ(static_cast<float>(env().args[2]), 0);
-    EXPECT_FLOAT_EQ(static_cast<float>(env().args[3]), 3.6e12f);
-    EXPECT_NE(h.console().find("\n       \n     beginning:                   2.0000D+12\n"),
-              std::string::npos);
+    EXPECT_EQ(first("pgline").ys, (std::vector<float>{2e12f, 3e12f}));
+    EXPECT_TRUE(window_is(env(), 1, 2, 0, 3.6e12f));
+    EXPECT_EQ(console().rfind(kOneCurve + "     beginning:                 " + fmt_d(2e12), 0), 0u);
 }

@@ -1,22 +1,18 @@
 // The run statistics and the histogram as numbers, then the plot: bars
 // outlined then hatched, labels rewritten from .lab-E, new bins on each
-// drawing, a short .Error file and the real run tables.
+// drawing, a short .Error file.
 #include "analysis/histogram.hpp"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
+#include <numeric>
 #include <random>
 #include <sstream>
 
-#include "analysis/plots.hpp"
-#include "core/fortran_format.hpp"
-#include "tests/support/harness.hpp"
+#include "tests/analysis/analysis_fixture.hpp"
 
 using namespace viewer;
-using viewer::testing::open_table;
-using viewer::testing::trace;
-using viewer::testing::window_is;
+using namespace viewer::testing;
 
 TEST(Histogram, CountsAgainstADirectCountAndTheOneBinRanges) {
     std::mt19937 rng(3);
@@ -37,18 +33,17 @@ TEST(Histogram, CountsAgainstADirectCountAndTheOneBinRanges) {
         EXPECT_EQ(std::accumulate(h.ARRAYX.begin(), h.ARRAYX.end(), 0.0f), 2000.0f);  // the largest too
         EXPECT_EQ(warn.str(), "");
     }
-    struct Case {
+    const struct {
         std::vector<float> v;
         float XMIN, XMAX;
-    };
-    for (const Case& c :
-         {Case{{2, 2, 2}, 2 - 2e-6f, 2 + 2e-6f}, Case{{0, 0}, -0.1f, 0.1f}, Case{{}, -0.1f, 0.1f}}) {
+    } one_bin[] = {{{2, 2, 2}, 2 - 2e-6f, 2 + 2e-6f}, {{0, 0}, -0.1f, 0.1f}, {{}, -0.1f, 0.1f}};
+    for (const auto& c : one_bin) {
         std::ostringstream warn;
         const Histogram h = histogram(c.v, 10, warn);
         EXPECT_EQ(h.ARRAYX, std::vector<float>{float(c.v.size())});
         EXPECT_FLOAT_EQ(h.XMIN, c.XMIN);
         EXPECT_FLOAT_EQ(h.XMAX, c.XMAX);
-        // the bar in the middle, ten and a half widths free on either side
+        // The bar in the middle, ten and a half widths free on either side.
         EXPECT_FLOAT_EQ(h.AXIS_MIN, h.XMIN - 10.5f * h.DELTAX);
         EXPECT_FLOAT_EQ(h.AXIS_MAX, h.XMAX + 10.5f * h.DELTAX);
         EXPECT_FLOAT_EQ(h.YMAX, c.v.empty() ? 1.0f : 1.1f * c.v.size());
@@ -64,31 +59,33 @@ TEST(Histogram, BinEdgesWarningAndConsoleLines) {
     }
     EXPECT_EQ(bin(2.5f, 4, 0, 1, 3, out).I, 3);  // warned, and binned all the same
     print_run_statistics(out, 4, run_statistics(std::vector<float>{1, 2, 3, 4}));
-    EXPECT_EQ(out.str(),
-              "     Mismatch of intervals in SUBROUTINE BIN\n     4 0 1 3 4 4\n"
-              "\n     number of runs:      4\n     average value:    2.5000E+00\n     rms value:        "
-              "1.1180E+00\n");
+    EXPECT_EQ(
+        out.str(),
+        "     Mismatch of intervals in SUBROUTINE BIN\n     4 0 1 3 4 4\n\n     number of runs:      4\n"
+        "     average value:    2.5000E+00\n     rms value:        1.1180E+00\n");
 }
 
 namespace {
 
-struct HistogramPlot : ::testing::Test {
-    viewer::testing::Harness h;
-    Session& s = h.session();
-    RecordingGraphics& rec = h.g;
-
+struct HistogramPlot : PlotTest {
     void error_table(const std::string& text, int counted) {
         open_table(s, 27, &Fexist::Error_EXISTS, "p.Error.001", text);
         s.E_PKT = counted;
     }
-    void labels(const std::string& text) { open_table(s, 28, &Fexist::lab_E_EXISTS, "p.lab-E.001", text); }
+    void labels_file(const std::string& text) {
+        open_table(s, 28, &Fexist::lab_E_EXISTS, "p.lab-E.001", text);
+    }
     void draw(int code, int n_bins = 10) {
-        rec.clear();
+        clear();
         s.window.SELECTION = code;
         pgex331(s, s.E_PKT, n_bins);
     }
-    std::vector<std::string> lab() const { return rec.named("pglab").at(0)->texts; }
-    float bar(std::size_t i) const { return static_cast<float>(rec.named("pgrect").at(i)->args[3]); }
+    // The heights of the bars drawn.
+    std::vector<float> bars() const {
+        std::vector<float> v;
+        for (auto* r : rec.named("pgrect")) v.push_back(static_cast<float>(r->args[3]));
+        return v;
+    }
 };
 
 // Runs 1..n: position n / 2, FOM(2) = n.
@@ -114,68 +111,51 @@ TEST_F(HistogramPlot, OutlinesThenHatchingBinnedAnewEachDrawing) {
     t.resize(want.size());
     EXPECT_EQ(t, want);
     EXPECT_EQ(rec.named("pgsfs")[1]->args[0], 3);
-    EXPECT_EQ(std::vector<float>({bar(0), bar(3), bar(4)}), std::vector<float>({2, 2, 2}));
+    EXPECT_EQ(bars(), std::vector<float>(8, 2));
     draw(32, 2);  // after "change number of bins"
-    EXPECT_EQ(std::vector<float>({bar(0), bar(1), bar(2)}), std::vector<float>({4, 4, 4}));
+    EXPECT_EQ(bars(), std::vector<float>(4, 4));
     draw(41, 2);  // the position
-    EXPECT_FLOAT_EQ(static_cast<float>(rec.named("pgrect")[0]->args[0]), 0.5f);
+    EXPECT_FLOAT_EQ(key_box(), 0.5f);
 }
 
 TEST_F(HistogramPlot, AShortFileShowsTheRecordsItHas) {
     error_table(runs(2) + "3 1.5 0 3\n 9 9 9 9 9 9 9 9\n", 4);  // the third record over two lines
     draw(32);
-    EXPECT_NE(h.console().find("     p.Error.001: 3 of 4 counted records read\n"
-                               "\n     number of runs:      3\n     average value:    2.0000E+00\n"),
+    EXPECT_NE(console().find("     p.Error.001: 3 of 4 counted records read\n"
+                             "\n     number of runs:      3\n     average value:    2.0000E+00\n"),
               std::string::npos);
-    float total = 0;
-    for (std::size_t i = 0; i < 10; ++i) total += bar(i);  // the outlines
-    EXPECT_EQ(total, 3.0f);
-    error_table("1 2\n", 1);  // not one record
+    const auto b = bars();
+    EXPECT_EQ(std::accumulate(b.begin(), b.begin() + 10, 0.0f), 3.0f);  // the outlines
+    error_table("1 2\n", 1);                                            // not one record
     draw(31);
-    EXPECT_NE(h.console().find("p.Error.001: 0 of 1 counted records read\n"), std::string::npos);
-    EXPECT_TRUE(window_is(*rec.named("pgenv").at(0), -2.2f, 2.2f, 0, 1));
+    EXPECT_NE(console().find("p.Error.001: 0 of 1 counted records read\n"), std::string::npos);
+    EXPECT_TRUE(window_is(env(), -2.2f, 2.2f, 0, 1));
 }
 
 TEST_F(HistogramPlot, LabelsRewrittenOnceAndTheirReadError) {
-    struct Case {
+    const std::string occ = "\\fioccurence";
+    const struct {
         std::string file;
         std::vector<std::string> drawn;  // x, y, title of code 31
         bool cleared;
+    } cases[] = {
+        {"\\fiseed\nEmit\nEmittance x vs. seed\n", {"Emit", occ, "Emittance x "}, true},
+        {"x\ny\nPrvs ratio\n", {"y", occ, "Pr"}, true},  // inside a word too
+        {"x\ny\nno such letters\n", {"y", occ, "no such letters"}, true},
+        {"x\ny\n", {"x", "y", ""}, false},  // ends inside the group
     };
-    const std::string occ = "\\fioccurence";
-    for (const Case& c : {Case{"\\fiseed\nEmit\nEmittance x vs. seed\n", {"Emit", occ, "Emittance x "}, true},
-                          Case{"x\ny\nPrvs ratio\n", {"y", occ, "Pr"}, true},  // inside a word too
-                          Case{"x\ny\nno such letters\n", {"y", occ, "no such letters"}, true},
-                          Case{"x\ny\n", {"x", "y", ""}, false}}) {  // ends inside the group
+    for (const auto& c : cases) {
         s.labels = {};
         error_table(runs(2), 2);
-        labels(c.file);
+        labels_file(c.file);
         draw(31);
-        EXPECT_EQ(lab(),
+        EXPECT_EQ(labels(),
                   (std::vector<std::string>{pad(c.drawn[0], 80), pad(c.drawn[1], 80), pad(c.drawn[2], 80)}));
         EXPECT_EQ(s.fexist.lab_E_EXISTS, !c.cleared);
     }
     s.unit(28).close();
     ASSERT_TRUE(s.unit(28).open("/proc/self/mem"));  // every read fails
     draw(31);
-    EXPECT_NE(h.console().find("\n          Error reading labels\n"), std::string::npos);
+    EXPECT_NE(console().find("\n          Error reading labels\n"), std::string::npos);
     EXPECT_TRUE(rec.named("pgenv").empty());
-}
-
-TEST_F(HistogramPlot, RealRunSeriesTables) {
-    const auto dir = std::filesystem::path(VIEWER_SOURCE_DIR) / ".." / "shared/realdata/simframe-injector400";
-    if (!std::filesystem::is_directory(dir)) GTEST_SKIP() << "no real run tables at " << dir;
-    auto text = [&](const char* name) {
-        std::ifstream in(dir / name);
-        return std::string(std::istreambuf_iterator<char>(in), {});
-    };
-    error_table(text("injector400.Error.001"), 1);  // 12 fields of 14 columns, one run
-    labels(text("injector400.lab-E.001"));
-    draw(41);
-    const GraphicsCall& env = *rec.named("pgenv").at(0);
-    EXPECT_NEAR((env.args[0] + env.args[1]) / 2, 3.29693, 1e-5);  // one bar in the middle
-    EXPECT_EQ(lab(), (std::vector<std::string>{pad("\\fiposition m", 80), pad("\\fioccurence", 80),
-                                               pad("\\fiEnd of run position ", 80)}));
-    draw(31);  // zero
-    EXPECT_TRUE(window_is(*rec.named("pgenv").at(0), -2.2f, 2.2f, 0, 1.1f));
 }

@@ -11,68 +11,49 @@
 
 using namespace viewer;
 
-namespace {
-
-// Determinant of the x, x', y, y' block as the sum over the 24 permutations, in long double.
-long double direct_det4(const SigmaMatrix& S) {
-    std::array<int, 4> p{0, 1, 2, 3};
-    long double det = 0;
-    do {
-        int inversions = 0;
-        for (int i = 0; i < 4; ++i)
-            for (int j = i + 1; j < 4; ++j) inversions += p[i] > p[j];
-        long double term = inversions % 2 ? -1.0L : 1.0L;
-        for (int i = 0; i < 4; ++i) term *= S[i][p[i]];
-        det += term;
-    } while (std::next_permutation(p.begin(), p.end()));
-    return det;
-}
-
-// B B^T for a random 4 by `rank` B, scaled to beam sizes (m) and angles (rad).
-SigmaMatrix random_sigma(std::mt19937& gen, int rank) {
-    std::uniform_real_distribution<double> u(-1, 1);
-    const double scale[] = {1e-3, 2e-4, 5e-4, 3e-4};
-    double B[4][4]{};
-    for (int i = 0; i < 4; ++i)
-        for (int k = 0; k < rank; ++k) B[i][k] = scale[i] * u(gen);
-    SigmaMatrix S{};
-    for (int i = 0; i < 4; ++i)
-        for (int j = 0; j < 4; ++j)
-            for (int k = 0; k < 4; ++k) S[i][j] += B[i][k] * B[j][k];
-    return S;
-}
-
-}  // namespace
-
-TEST(SigmaMatrix, DeterminantFromMinorsMatchesDirectExpansion) {
+TEST(SigmaMatrix, DeterminantFromMinorsMatchesTheSumOverPermutations) {
     std::mt19937 gen(11);
-    for (int rank : {4, 3, 2}) {
+    std::uniform_real_distribution<double> u(-1, 1);
+    const double scale[] = {1e-3, 2e-4, 5e-4, 3e-4};  // beam sizes (m) and angles (rad)
+    for (int rank : {4, 3, 2})
         for (int n = 0; n < 50; ++n) {
-            const SigmaMatrix S = random_sigma(gen, rank);
-            const long double want = direct_det4(S);
-            const double scale = S[0][0] * S[1][1] * S[2][2] * S[3][3];  // bounds |DET| (Hadamard)
             SCOPED_TRACE(::testing::Message() << "rank " << rank << " case " << n);
-            ASSERT_GT(scale, 0);
+            double B[4][4]{};  // S = B B^T, of the given rank
+            for (int i = 0; i < 4; ++i)
+                for (int k = 0; k < rank; ++k) B[i][k] = scale[i] * u(gen);
+            SigmaMatrix S{};
+            for (int i = 0; i < 4; ++i)
+                for (int j = 0; j < 4; ++j)
+                    for (int k = 0; k < 4; ++k) S[i][j] += B[i][k] * B[j][k];
+            std::array<int, 4> p{0, 1, 2, 3};
+            long double want = 0;
+            do {
+                long double term = 1;
+                for (int i = 0; i < 4; ++i) {
+                    term *= S[i][p[i]];
+                    for (int j = i + 1; j < 4; ++j) term *= p[i] > p[j] ? -1 : 1;
+                }
+                want += term;
+            } while (std::next_permutation(p.begin(), p.end()));
+            const double bound = S[0][0] * S[1][1] * S[2][2] * S[3][3];  // of |DET| (Hadamard)
             if (rank == 4) {
-                EXPECT_GT(want, 0);
                 EXPECT_NEAR(determinant4(S) / want, 1.0, 1e-6);
             } else {
-                EXPECT_LE(std::fabs(determinant4(S)), 1e-12 * scale);  // singular: 0 up to rounding
+                EXPECT_LE(std::fabs(determinant4(S)), 1e-12 * bound);  // singular: 0 up to rounding
             }
         }
-    }
 }
 
 TEST(SigmaMatrix, PlottedValuesTheirSignsAndThirtyTwoBitSteps) {
-    struct Case {
+    // The 32-bit values differ in the last bit from the same formulas carried
+    // out in 64 bits to the end (0x1.ed88c4p+2, 0x1.023934p-3).
+    const struct {
         const char* what;
         int selection;
         double S11, S13, S14, S23, S24;  // the rest: S22 = S33 = S44 = 1, others 0
         float Y1, Y2;
-    };
-    // The 32-bit values differ in the last bit from the same formulas carried
-    // out in 64 bits to the end (0x1.ed88c4p+2, 0x1.023934p-3).
-    const Case cases[] = {
+    } cases[] = {
+        // clang-format off
         {"4D: root to 32 bits, then the factor", 1, 0x1.1f9056c5f3f7cp-74, 0, 0, 0, 0, 0x1.ed88c2p+2f, 0},
         {"4D: negative determinant shows 0", 1, -1e-12, 0, 0, 0, 0, 0, 0},
         {"coupling: C to 32 bits before the root", 2, 1, 0x1.1e62ba32ff33dp-46, 0, 0, 1, 0x1.023936p-3f, 0},
@@ -81,8 +62,9 @@ TEST(SigmaMatrix, PlottedValuesTheirSignsAndThirtyTwoBitSteps) {
         {"angular momentum and coupling angle", 3, 1, 0.5, 0.25, -0.75, 2, 0.5f, -0.75f},
         {"trace", 4, 2.5, 9, 9, 9, 9, 5.5f, 0},
         {"no such selection", 5, 2.5, 9, 9, 9, 9, 0, 0},
+        // clang-format on
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         SigmaMatrix S{};
         S[0][0] = c.S11;
@@ -95,8 +77,5 @@ TEST(SigmaMatrix, PlottedValuesTheirSignsAndThirtyTwoBitSteps) {
         EXPECT_EQ(p.Y1, c.Y1);
         EXPECT_EQ(p.Y2, c.Y2);
     }
-    EXPECT_TRUE(coupling_labels(3)->TWICE);
-    EXPECT_STREQ(coupling_labels(4)->STRG1, "");
-    EXPECT_EQ(coupling_labels(0), nullptr);
-    EXPECT_EQ(coupling_labels(5), nullptr);
+    EXPECT_TRUE(coupling_labels(0) == nullptr && coupling_labels(5) == nullptr);
 }

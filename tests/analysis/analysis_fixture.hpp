@@ -1,0 +1,75 @@
+// Set-up shared by the tests of the plots of pages 2 to 5: a session with
+// recorded graphics, and what the tests read back from one drawing.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "analysis/plots.hpp"
+#include "core/fortran_format.hpp"
+#include "tests/support/harness.hpp"
+
+namespace viewer::testing {
+
+struct PlotTest : ::testing::Test {
+    Harness h;
+    Session& s = h.session();
+    RecordingGraphics& rec = h.g;
+
+    // A fresh record and console for the next drawing.
+    void clear() {
+        rec.clear();
+        h.out.str("");
+    }
+    void draw(void (*plot)(Session&, int), int selection = 0, int N = PKT) {
+        clear();
+        if (selection) s.window.SELECTION = selection;
+        plot(s, N);
+    }
+    void draw(void (*plot)(Session&)) {
+        clear();
+        plot(s);
+    }
+    void zoom_z(bool on, float lower = 10, float upper = 20) {
+        s.logo.ZOOM_Z = on;
+        s.graph.Z_LOWER = lower;
+        s.graph.Z_UPPER = upper;
+    }
+    void table(int unit, bool Fexist::*present, const std::string& name,
+               const std::vector<std::vector<float>>& rows) {
+        open_table(s, unit, present, name, fixed_records(rows));
+    }
+    std::string console() const { return h.console(); }
+    const GraphicsCall& first(const char* name) const { return *rec.named(name).at(0); }
+    const GraphicsCall& env() const { return first("pgenv"); }
+    std::vector<std::string> labels() const { return first("pglab").texts; }
+    float key_box() const { return static_cast<float>(first("pgrect").args[0]); }
+    // The legend texts without their padding.
+    std::vector<std::string> keys() const {
+        std::vector<std::string> k;
+        for (auto* t : rec.named("pgtext")) k.emplace_back(trim_right(t->texts.at(0)));
+        return k;
+    }
+    // The first ordinate of every curve.
+    std::vector<float> first_points() const {
+        std::vector<float> v;
+        for (auto* l : rec.named("pgline")) v.push_back(l->ys.empty() ? NAN : l->ys[0]);
+        return v;
+    }
+};
+
+// The statistics of one curve as printed after a plot, under `head`.
+inline std::string stats(const std::string& head, float first, float last, float mn, float mn_at, float mx,
+                         float mx_at, float avr) {
+    return head + "     beginning:                 " + fmt_d(first) +
+           "\n     end:                       " + fmt_d(last) +
+           "\n     minimum:                   " + fmt_d(mn) + "  at z = " + fmt_d(mn_at) +
+           "\n     maximum:                   " + fmt_d(mx) + "  at z = " + fmt_d(mx_at) +
+           "\n     average:                   " + fmt_d(avr) + "\n\n";
+}
+inline const std::string kOneCurve = "\n       \n", kBlack = "\n     1: black (horizontal): \n",
+                         kRed = "     2: red (vertical): \n";
+
+}  // namespace viewer::testing
