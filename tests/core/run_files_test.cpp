@@ -5,10 +5,10 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <charconv>
 #include <cstdio>
-#include <limits>
 #include <memory>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
@@ -21,6 +21,25 @@ using namespace viewer;
 using viewer::testing::library_value;
 using viewer::testing::same_bits;
 
+// Numbers in their shortest exact form (so -0, inf and nan show), blank-separated.
+template <class T>
+std::string shortest(T v) {
+    char b[64];
+    return std::string(b, std::to_chars(b, b + sizeof b, v).ptr);
+}
+std::string text(std::span<const float> v) {
+    std::string s;
+    for (float x : v) s += (s.empty() ? "" : " ") + shortest(x);
+    return s;
+}
+
+// Fields of `n` columns each, right-aligned.
+std::string cols(std::initializer_list<const char*> fields, int n = 12) {
+    std::string s;
+    for (const char* t : fields) s += right_in(t, n);
+    return s;
+}
+
 class RunFiles : public ::testing::Test {
 protected:
     // Writes the bytes as they stand and opens the file.
@@ -32,6 +51,41 @@ protected:
     }
     std::string path(const std::string& name) const { return dir_.file(name); }
 
+    // Every record `read` gives until it gives none, or the message of the
+    // error in its place, with the file named without its folder.
+    template <class Read>
+    std::vector<std::string> records(Read read) const {
+        std::vector<std::string> out;
+        for (int k = 0; k < 50; ++k) try {
+                const std::optional<std::string> r = read();
+                if (!r) break;
+                out.push_back(*r);
+            } catch (const RecordError& e) {
+                out.push_back(e.message().substr(path("").size()));
+            }
+        return out;
+    }
+    // Fixed or free records of `n` real fields, which start at 99 so that
+    // one left alone would show; a truth field after the reals on request.
+    std::vector<std::string> fixed(TableFile& f, std::size_t n, int width = 12, bool truth = false) {
+        bool l = false;
+        return records([&]() -> std::optional<std::string> {
+            std::vector<float> r(n, 99.0f);
+            l = !l;
+            if (!read_fixed(f, r, truth ? &l : nullptr, width)) return {};
+            return text(r) + (truth ? l ? " T" : " F" : "");
+        });
+    }
+    std::vector<std::string> free(TableFile& f, std::size_t n) {
+        return records([&]() -> std::optional<std::string> {
+            std::vector<float> r(n, 99.0f);
+            std::vector<FreeField> targets;
+            for (float& v : r) targets.emplace_back(&v);
+            if (!read_free(f, targets)) return {};
+            return text(r);
+        });
+    }
+
     viewer::testing::TempDir dir_;
     std::vector<std::unique_ptr<TableFile>> files_;
 };
@@ -42,40 +96,14 @@ std::vector<std::string> all_lines(TableFile& f) {
     return out;
 }
 
-// The next fixed or free record of `n` real fields, or nothing at the end of
-// the table. Fields start at 99, so that one left alone would show.
-std::vector<float> fixed_row(TableFile& f, std::size_t n, int width = 12) {
-    std::vector<float> r(n, 99.0f);
-    if (!read_fixed(f, r, nullptr, width)) r.clear();
-    return r;
-}
-std::vector<float> free_row(TableFile& f, std::size_t n) {
-    std::vector<float> r(n, 99.0f);
-    std::vector<FreeField> targets;
-    for (float& v : r) targets.emplace_back(&v);
-    if (!read_free(f, targets)) r.clear();
-    return r;
-}
-
-// What a caught RecordError says, or "no error".
-template <class F>
-std::string error_of(F&& read) {
-    try {
-        read();
-    } catch (const RecordError& e) {
-        return e.message();
-    }
-    return "no error";
-}
-
 TEST_F(RunFiles, LinesEndsRewindAndFilesThatAreNoTables) {
     const std::vector<std::string> abc{"a", "bb", "", "ccc"}, open_end{"a", "last"};
-    EXPECT_EQ(all_lines(table("lf", "a\nbb\n\nccc\n")), abc);
-    EXPECT_EQ(all_lines(table("crlf", "a\r\nbb\r\n\r\nccc\r\n")), abc);
-    EXPECT_EQ(all_lines(table("open-end", "a\nlast")), open_end);
-    EXPECT_EQ(all_lines(table("open-end-cr", "a\nlast\r")), open_end);
-    EXPECT_TRUE(all_lines(table("empty", "")).empty());
-    EXPECT_EQ(all_lines(table("one-blank", "\n")), (std::vector<std::string>{""}));
+    // clang-format off
+    const std::pair<std::string, std::vector<std::string>> cases[] = {
+        {"a\nbb\n\nccc\n", abc}, {"a\r\nbb\r\n\r\nccc\r\n", abc}, {"a\nlast", open_end},
+        {"a\nlast\r", open_end}, {"", {}}, {"\n", {""}}};
+    // clang-format on
+    for (const auto& [bytes, lines] : cases) EXPECT_EQ(all_lines(table("t", bytes)), lines) << bytes;
 
     // Rewound after the end of the file, the line count starts again too.
     TableFile& f = table("t", "1\n2\n3\n");
@@ -99,8 +127,7 @@ TEST_F(RunFiles, LinesLongerThanTheBufferComeWholeAndMemoryStaysFlat) {
     TableFile& f = table("long", "head\n" + long_line + "\ntail\n" + long_line);
     EXPECT_EQ(all_lines(f), (std::vector<std::string>{"head", long_line, "tail", long_line}));
 
-    // Many short lines, several times the buffer in all: the buffer keeps
-    // its size, and the line count and the last line come out right.
+    // Many short lines, several times the buffer in all: the buffer keeps its size.
     std::string many;
     for (int i = 0; i < 200'000; ++i) many += fmt_e12_4(i) + fmt_e12_4(-i) + "\n";
     TableFile& g = table("many", many);
@@ -110,146 +137,79 @@ TEST_F(RunFiles, LinesLongerThanTheBufferComeWholeAndMemoryStaysFlat) {
     EXPECT_EQ(lines.back(), fmt_e12_4(199'999) + fmt_e12_4(-199'999));
     EXPECT_EQ(g.buffer_capacity(), start);
     EXPECT_LT(g.buffer_capacity(), many.size() / 4);
-
     // The buffer grown for a long line is let go when the next file opens.
     ASSERT_TRUE(f.open(path("many")));
     EXPECT_EQ(f.buffer_capacity(), start);
 }
 
-TEST_F(RunFiles, FixedRecordsAreCutByColumnsNotAtBlanks) {
-    TableFile& f = table("cols",
-                         "  1.2345E+00  6.7890E+01\n"
-                         "   1.2345E+00  6.7890E+01\n"  // one column to the right
-                         "-1.23456E-01-2.50000E+00\n"   // fields touch
-                         "  1.0000E+00  2.0000E+00  3.0000E+00 and more text\n");
-    EXPECT_EQ(fixed_row(f, 2), (std::vector<float>{1.2345f, 67.89f}));
-    // "   1.2345E+0": the exponent lost a digit, by luck still 0;
-    // "0  6.7890E+0": blanks ignored, read wrongly.
-    EXPECT_EQ(fixed_row(f, 2), (std::vector<float>{1.2345f, 6.789f}));
-    EXPECT_EQ(fixed_row(f, 2), (std::vector<float>{-0.123456f, -2.5f}));
-    EXPECT_EQ(fixed_row(f, 2), (std::vector<float>{1, 2})) << "what stands behind the last field is ignored";
-    EXPECT_TRUE(fixed_row(f, 2).empty());
-    EXPECT_EQ(fixed_row(table("w10", "  1.50E+00 -2.25E+00     3.125\n"), 3, 10),
-              (std::vector<float>{1.5f, -2.25f, 3.125f}));
-}
+TEST_F(RunFiles, FixedRecordsAreCutByColumnsAndFollowTheE12_4ReadingRules) {
+    const std::string seven = cols({"1.0", "2.0", "3.0", "4.0", "5.0", "6.0", "7.0"});
+    // clang-format off
+    const std::pair<std::string, std::string> cases[] = {
+        {"  1.2345E+00  6.7890E+01", "1.2345 67.89 0 0 0 0 0"},  // fields past the line end read 0
+        // Cut by columns, not at blanks: the exponent lost a digit, by luck still 0.
+        {"   1.2345E+00  6.7890E+01", "1.2345 6.789 1e-04 0 0 0 0"},
+        {"-1.23456E-01-2.50000E+00", "-0.123456 -2.5 0 0 0 0 0"},  // fields touch
+        // Without a point the last four digits are decimals, with an exponent
+        // too, and there may be fewer digits than decimals; -0 keeps its sign;
+        // what stands behind the last field is ignored.
+        {cols({"12345", "12345E2", "-5", "1.2345", "7.", ".5E1", "-0"}) + " and more", "1.2345 123.45 -5e-04 1.2345 7 5 -0"},
+        // Inner blanks; D and Q exponents; an exponent with its sign and no letter.
+        {cols({"1.23 45E+00", "1.0000D+01", "2.5000Q-01", "1.5000+001", "1.0000-002", "+2.0000e+00"}), "1.2345 10 0.25 15 0.01 2 0"},
+        {"", "0 0 0 0 0 0 0"},  // a blank line is a record of zeros
+        // Past the range of a float: infinity or 0; a subnormal is kept.
+        {cols({"1.0000E+39", "-1.0000E+39", "1.0000E-50", "-1.0000E-50", "1.0000E-40", "inf", "nan"}), "inf -inf 0 -0 1e-40 inf nan"},
+        {seven + "\r", "1 2 3 4 5 6 7"},
+        {"  1.0000E+00  2.0000E+00  1.2x45E+00", "cols, line 9, column 25: cannot read a number from \"  1.2x45E+00\""},
+        {"       1.2.3", "cols, line 10, column 1: cannot read a number from \"       1.2.3\""},
+        {"      1.0E+ ", "cols, line 11, column 1: cannot read a number from \"      1.0E+ \""},
+        {"           .", "cols, line 12, column 1: cannot read a number from \"           .\""},
+        {"           -", "cols, line 13, column 1: cannot read a number from \"           -\""},
+        {"          E5", "cols, line 14, column 1: cannot read a number from \"          E5\""},
+        {"  1.0000E+00        abcd", "cols, line 15, column 13: cannot read a number from \"        abcd\""},
+    };
+    // clang-format on
+    std::string bytes;
+    std::vector<std::string> want;
+    for (const auto& [line, record] : cases) bytes += line + "\n", want.push_back(record);
+    EXPECT_EQ(fixed(table("cols", bytes), 7), want);
+    EXPECT_EQ(fixed(table("w10", "  1.50E+00 -2.25E+00     3.125\n"), 3, 10),
+              (std::vector<std::string>{"1.5 -2.25 3.125"}));
 
-TEST_F(RunFiles, FixedFieldsFollowTheE12_4ReadingRules) {
-    std::string rows;
-    for (auto texts :
-         {std::vector<const char*>{"12345", "12345E2", "-5", "1.2345", "7.", ".5E1", "-0"},
-          {"1.23 45E+00", "1.0000D+01", "2.5000Q-01", "1.5000+001", "1.0000-002", "+2.0000e+00"}}) {
-        for (const char* t : texts) rows += right_in(t, 12);
-        rows += "\n";
-    }
-    TableFile& f =
-        table("rules",
-              rows +
-                  "  1.0000E+00  2.0000E+00\n"  // short line
-                  "\n"                          // blank line
-                  "  1.0000E+39 -1.0000E+39  1.0000E-50 -1.0000E-50  1.0000E-40         inf         nan\n"
-                  "  1.0000E+00  2.0000E+00  3.0000E+00  4.0000E+00  5.0000E+00  6.0000E+00  7.0000E+00\r\n");
-    // Without a point the last four digits are decimals, with an exponent
-    // too, and there may be fewer digits than decimals; -0 keeps its sign.
-    std::vector<float> r = fixed_row(f, 7);
-    EXPECT_EQ(r, (std::vector<float>{1.2345f, 123.45f, -0.0005f, 1.2345f, 7, 5, 0}));
-    EXPECT_TRUE(std::signbit(r.at(6)));
-    // Inner blanks ignored; D and Q exponents; an exponent with its sign and
-    // no letter; a field past the end of the line reads as 0.
-    EXPECT_EQ(fixed_row(f, 7), (std::vector<float>{1.2345f, 10, 0.25f, 15, 0.01f, 2, 0}));
-    EXPECT_EQ(fixed_row(f, 7), (std::vector<float>{1, 2, 0, 0, 0, 0, 0}));
-    EXPECT_EQ(fixed_row(f, 7), std::vector<float>(7, 0.0f)) << "a blank line is a record of zeros";
-
-    r = fixed_row(f, 7);  // past the range of a float: infinity or 0; a subnormal is kept
-    ASSERT_EQ(r.size(), 7u);
-    const float inf = std::numeric_limits<float>::infinity();
-    EXPECT_EQ(std::vector<float>(r.begin(), r.begin() + 6),
-              (std::vector<float>{inf, -inf, 0, 0, 1e-40f, inf}));
-    EXPECT_TRUE(std::signbit(r[3]));
-    EXPECT_TRUE(std::isnan(r[6]));
-
-    EXPECT_EQ(fixed_row(f, 7), (std::vector<float>{1, 2, 3, 4, 5, 6, 7})) << "CRLF";
-    EXPECT_TRUE(fixed_row(f, 7).empty());
-    f.rewind();
-    EXPECT_EQ(fixed_row(f, 1), (std::vector<float>{1.2345f}));
-}
-
-TEST_F(RunFiles, FixedRecordWithTruthField) {
-    float r[7];
-    const std::string seven =
-        "  1.0000E+00  2.0000E+00  3.0000E+00  4.0000E+00  5.0000E+00  6.0000E+00  7.0000E+00";
+    // A truth field after the reals: its first non-blank letter, blank is false.
     TableFile& f = table("cathode", seven + "  T\n" + seven + "  F\n" + seven + ".TRUE.\n" + seven +
                                         "  t  rest\n" + seven + "   \n" + seven + "\n" + seven + "  X\n");
-    std::vector<bool> got;
-    for (bool l = false; got.size() < 6; got.push_back(l)) {
-        l = !l;  // so that a field that leaves the flag alone would show
-        ASSERT_TRUE(read_fixed(f, r, &l));
-    }
-    EXPECT_EQ(got, (std::vector<bool>{true, false, true, true, false, false}));
-    EXPECT_FLOAT_EQ(r[6], 7.0f);
-    bool l;
-    EXPECT_EQ(error_of([&] { read_fixed(f, r, &l); }),
-              path("cathode") + ", line 7, column 85: cannot read a truth value from \"  X\"");
-}
-
-TEST_F(RunFiles, FixedRecordThatCannotBeConvertedNamesFileLineAndColumn) {
-    float r[4];
-    const std::string good = "  1.0000E+00  2.0000E+00  3.0000E+00  4.0000E+00\n";
-    TableFile& f = table("bad", good + good + "  1.0000E+00  2.0000E+00  3.0000E+00  1.2x45E+00\n" +
-                                    "       1.2.3\n      1.0E+ \n           .\n           -\n          E5\n" +
-                                    "  1.0000E+00        abcd\n");
-    ASSERT_TRUE(read_fixed(f, r) && read_fixed(f, r));
-    EXPECT_EQ(error_of([&] { read_fixed(f, r); }),
-              path("bad") + ", line 3, column 37: cannot read a number from \"  1.2x45E+00\"");
-    for (int line = 4; line <= 8; ++line)
-        EXPECT_NE(error_of([&] { read_fixed(f, r); }).find(", line " + std::to_string(line) + ", column 1:"),
-                  std::string::npos)
-            << "line " << line;
-    EXPECT_EQ(error_of([&] { read_fixed(f, r); }),
-              path("bad") + ", line 9, column 13: cannot read a number from \"        abcd\"");
+    const std::string s7 = "1 2 3 4 5 6 7";
+    EXPECT_EQ(
+        fixed(f, 7, 12, true),
+        (std::vector<std::string>{s7 + " T", s7 + " F", s7 + " T", s7 + " T", s7 + " F", s7 + " F",
+                                  "cathode, line 7, column 85: cannot read a truth value from \"  X\""}));
 }
 
 TEST_F(RunFiles, FreeRecordsAreSplitAtBlanksCommasAndLineEnds) {
-    TableFile& f = table("free",
-                         "    1    0  1.2345E-01  2.0E+00 3 4 5 6\n"  // one line
-                         "2,1,1.5,2.5\t3.5 , 4.5,5.5,6.5\n"           // commas and a tab
-                         "\n"                                         // a blank line is passed over
-                         "   3   1\n"                                 // a record over three lines
-                         "   0.1 0.2\n"
-                         "0.3 0.4 0.5 0.6   9 9 9 dropped\n"  // rest of its last line dropped
-                         "4 0 1 2 3 4 5 6 7 8 9\n");          // more numbers than fields
-    EXPECT_EQ(free_row(f, 8), (std::vector<float>{1, 0, 0.12345f, 2, 3, 4, 5, 6}));
-    EXPECT_EQ(free_row(f, 8), (std::vector<float>{2, 1, 1.5f, 2.5f, 3.5f, 4.5f, 5.5f, 6.5f}));
-    EXPECT_EQ(free_row(f, 8), (std::vector<float>{3, 1, 0.1f, 0.2f, 0.3f, 0.4f, 0.5f, 0.6f}));
-    EXPECT_EQ(f.line_number(), 6);
-    EXPECT_EQ(free_row(f, 8), (std::vector<float>{4, 0, 1, 2, 3, 4, 5, 6}))
-        << "the next record starts on a new line";
-    EXPECT_TRUE(free_row(f, 8).empty());
-    f.rewind();
-    EXPECT_EQ(free_row(f, 1), (std::vector<float>{1}));
-}
+    const std::pair<std::string, std::vector<std::string>> cases[] = {
+        {"    1    0  1.2345E-01  2.0E+00 3 4 5 6\n"  // one line
+         "2,1,1.5,2.5\t3.5 , 4.5,5.5,6.5\n"           // commas and a tab
+         "\n"                                         // a blank line is passed over
+         "   3   1\n   0.1 0.2\n"                     // a record over three lines,
+         "0.3 0.4 0.5 0.6   9 9 9 dropped\n"          // the rest of its last line dropped
+         "4 0 1 2 3 4 5 6 7 8 9\n",                   // more numbers than fields
+         {"1 0 0.12345 2 3 4 5 6", "2 1 1.5 2.5 3.5 4.5 5.5 6.5", "3 1 0.1 0.2 0.3 0.4 0.5 0.6",
+          "4 0 1 2 3 4 5 6"}},
+        // A slash ends a record early: the fields after it keep their values.
+        {"1 2 / 3 4\n5 6 7 8 9 10 11 12\n", {"1 2 99 99 99 99 99 99", "5 6 7 8 9 10 11 12"}},
+        {"1 2 3 4 5 6 7 8\n  1.5 2 3 4 5 6 7 7.5",
+         {"1 2 3 4 5 6 7 8", "1.5 2 3 4 5 6 7 7.5"}},           // no line end
+        {"1 2 3 4 5 6 7 8\n8 9 10 11\n", {"1 2 3 4 5 6 7 8"}},  // one cut by the end of the file is dropped
+        {"", {}},
+        {"\n\n  \n", {}},
+    };
+    for (const auto& [bytes, want] : cases) EXPECT_EQ(free(table("t", bytes), 8), want) << bytes;
 
-TEST_F(RunFiles, FreeRecordCutByTheEndOfTheFileIsDroppedAndASlashEndsOneEarly) {
-    std::vector<float> v(7, -1.0f);
-    auto read = [&](TableFile& f) { return read_free(f, {&v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &v[6]}); };
-    TableFile& f = table("ref", "1 2 3 4 5 6 7\n8 9 10 11\n");
-    ASSERT_TRUE(read(f));
-    EXPECT_FALSE(read(f)) << "a record that stops after four numbers";
-    EXPECT_EQ(v, (std::vector<float>{1, 2, 3, 4, 5, 6, 7})) << "a dropped record leaves the targets alone";
-    EXPECT_FALSE(read(f));
-    // The fields after a slash keep their values.
-    v.assign(7, 42.0f);
-    TableFile& slash = table("slash", "1 2 / 3 4\n5 6 7 8 9 10 11\n");
-    ASSERT_TRUE(read(slash));
-    EXPECT_EQ(v, (std::vector<float>{1, 2, 42, 42, 42, 42, 42}));
-    EXPECT_EQ(free_row(slash, 7), (std::vector<float>{5, 6, 7, 8, 9, 10, 11}));
-
-    TableFile& h = table("open-end", "1 2 3 4 5 6 7\n  1.5 2 3 4 5 6 7.5");
-    EXPECT_EQ(free_row(h, 7).size(), 7u);
-    EXPECT_EQ(free_row(h, 7), (std::vector<float>{1.5f, 2, 3, 4, 5, 6, 7.5f}))
-        << "a last line without a line end";
-    EXPECT_TRUE(free_row(h, 7).empty());
-    EXPECT_TRUE(free_row(table("empty", ""), 7).empty()) << "an empty table has no records";
-    EXPECT_TRUE(free_row(table("blank", "\n\n  \n"), 7).empty()) << "nor has one of blank lines";
+    // A dropped record leaves the targets alone.
+    std::vector<float> v(2, -1.0f);
+    EXPECT_FALSE(read_free(table("cut", "1\n"), {&v[0], &v[1]}));
+    EXPECT_EQ(v, (std::vector<float>{-1, -1}));
 }
 
 TEST_F(RunFiles, FreeRecordFieldsAreTypedAndBadOnesNameTheirColumn) {
@@ -264,20 +224,16 @@ TEST_F(RunFiles, FreeRecordFieldsAreTypedAndBadOnesNameTheirColumn) {
                          "1 3000000000 3 4\n"  // an integer past 32 bits
                          "1 2 3.0.0 4\n"       // not a number
                          "1 2 3 1e\n");
-    auto read = [&] { return read_free(f, {&i, &n, &r, &d}); };
-    ASSERT_TRUE(read());
-    EXPECT_EQ(std::vector<double>({double(i), double(n), r, d}),
-              (std::vector<double>{5, -7, 10, 1.234567890123456789E-03}))
-        << "64-bit fields keep their digits";
-    ASSERT_TRUE(read());
-    EXPECT_EQ(std::vector<double>({r, d}), (std::vector<double>{150, -0.25}));
-    ASSERT_TRUE(read());
-    EXPECT_EQ(std::vector<double>({r, d}), (std::vector<double>{7, 0.1})) << "an integer in a real field";
-    const std::string at = path("typed") + ", line ";
-    EXPECT_EQ(error_of(read), at + "4, column 3: cannot read an integer from \"1.0\"");
-    EXPECT_EQ(error_of(read), at + "5, column 3: cannot read an integer from \"3000000000\"");
-    EXPECT_EQ(error_of(read), at + "6, column 5: cannot read a number from \"3.0.0\"");
-    EXPECT_EQ(error_of(read), at + "7, column 7: cannot read a number from \"1e\"");
+    EXPECT_EQ(records([&]() -> std::optional<std::string> {
+                  if (!read_free(f, {&i, &n, &r, &d})) return {};
+                  return shortest(i) + " " + shortest(n) + " " + shortest(r) + " " + shortest(d);
+              }),
+              (std::vector<std::string>{"5 -7 10 0.0012345678901234567",  // 64-bit fields keep their digits
+                                        "3 2 150 -0.25", "1 0 7 0.1",     // an integer in a real field
+                                        "typed, line 4, column 3: cannot read an integer from \"1.0\"",
+                                        "typed, line 5, column 3: cannot read an integer from \"3000000000\"",
+                                        "typed, line 6, column 5: cannot read a number from \"3.0.0\"",
+                                        "typed, line 7, column 7: cannot read a number from \"1e\""}));
     EXPECT_EQ(i, 1) << "a record that fails writes nothing";
     EXPECT_EQ(d, 0.1);
 }
@@ -298,17 +254,13 @@ TEST_F(RunFiles, LabelLinesAreCutOrPaddedToEightyCharacters) {
 // 32- and 64-bit values and through the free reader (64-bit fields at even
 // places); the tracker's through the fixed reader's full-field path too.
 TEST_F(RunFiles, EveryNumberPathIsBitIdenticalToFromChars) {
-    constexpr int kFields = 5;
+    constexpr std::size_t kFields = 5;
     std::vector<std::string> texts;
-    std::string fixed, free;
+    char buf[32];
     for (int x : {-45, -39, -19, -18, -7, -6, 14, 15, 26, 27, 39})
-        for (int m = 10000; m <= 99999; ++m) {
-            char t[32];
-            std::snprintf(t, sizeof t, "%s%d.%04dE%c%02d", m % 2 ? "-" : "", m / 10000, m % 10000,
-                          x < 0 ? '-' : '+', std::abs(x));
-            texts.emplace_back(t);
-            fixed += right_in(t, 12) + (texts.size() % kFields ? "" : "\n");
-        }
+        for (int m = 10000; m <= 99999; ++m)
+            texts.emplace_back(buf, std::snprintf(buf, sizeof buf, "%s%d.%04dE%+03d", m % 2 ? "-" : "",
+                                                  m / 10000, m % 10000, x));
     const std::size_t tracker = texts.size();
     std::mt19937_64 rng(20240501);
     auto pick = [&](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(rng); };
@@ -320,7 +272,12 @@ TEST_F(RunFiles, EveryNumberPathIsBitIdenticalToFromChars) {
         if (pick(0, 1)) t += "E" + std::to_string(pick(-60, 60));
         texts.push_back(t);
     }
-    for (std::size_t k = 0; k < texts.size(); ++k) free += texts[k] + ((k + 1) % kFields ? " " : "\n");
+    std::string fixed_bytes, free_bytes;
+    for (std::size_t k = 0; k < texts.size(); ++k) {
+        const bool end = (k + 1) % kFields == 0;
+        if (k < tracker) fixed_bytes += right_in(texts[k], 12) + (end ? "\n" : "");
+        free_bytes += texts[k] + (end ? "\n" : " ");
+    }
 
     long differ = 0;
     auto check = [&](auto got, const std::string& t, const char* where) {
@@ -334,21 +291,18 @@ TEST_F(RunFiles, EveryNumberPathIsBitIdenticalToFromChars) {
         check(f, t, "as a float");
         check(d, t, "as a double");
     }
-    TableFile &fx = table("fixed", fixed), &fr = table("free", free);
+    TableFile &fx = table("fixed", fixed_bytes), &fr = table("free", free_bytes);
     float r[kFields], fv[kFields];
     double dv[kFields];
-    std::vector<FreeField> targets;
-    for (int j = 0; j < kFields; ++j) targets.push_back(j % 2 ? FreeField(&fv[j]) : FreeField(&dv[j]));
     std::size_t k = 0;
-    for (; read_free(fr, targets); k += kFields) {
-        const bool in_fixed = k < tracker && read_fixed(fx, r);
-        EXPECT_EQ(in_fixed, k < tracker);
-        for (std::size_t j = 0; j < kFields; ++j) {
+    for (; read_fixed(fx, r); k += kFields)
+        for (std::size_t j = 0; j < kFields; ++j) check(r[j], texts[k + j], "in a fixed record");
+    EXPECT_EQ(k, tracker);
+    const std::vector<FreeField> targets{&dv[0], &fv[1], &dv[2], &fv[3], &dv[4]};
+    for (k = 0; read_free(fr, targets); k += kFields)
+        for (std::size_t j = 0; j < kFields; ++j)
             j % 2 ? check(fv[j], texts[k + j], "in a free record")
                   : check(dv[j], texts[k + j], "in a free record");
-            if (in_fixed) check(r[j], texts[k + j], "in a fixed record");
-        }
-    }
     EXPECT_EQ(k, texts.size());
     EXPECT_EQ(differ, 0);
 }

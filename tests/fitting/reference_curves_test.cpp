@@ -9,6 +9,7 @@
 
 using namespace viewer;
 using namespace viewer::fit_testing;
+using viewer::testing::count_of;
 
 namespace {
 
@@ -21,12 +22,6 @@ const int NP = static_cast<int>(xs.size());
 std::vector<float> first(const std::vector<float>& v, int n) {
     return {v.begin(), v.begin() + n};
 }
-std::size_t count(const std::string& hay, const std::string& needle) {
-    std::size_t n = 0;
-    for (auto p = hay.find(needle); p != std::string::npos; p = hay.find(needle, p + 1)) ++n;
-    return n;
-}
-
 }  // namespace
 
 TEST(ReferenceCurves, OneCurveStoredAndReadBack) {
@@ -36,7 +31,7 @@ TEST(ReferenceCurves, OneCurveStoredAndReadBack) {
               "     Enter file name: " + rule() + "     Data saved to reference file: ref1.dat\n");
     EXPECT_TRUE(no_curve(b.s->fit_variables));
     const std::string text = b.dir.read("ref1.dat");
-    EXPECT_EQ(count(text, "\n"), 5u);
+    EXPECT_EQ(count_of(text, "\n"), 5u);
     EXPECT_EQ(text.substr(0, 6), " 0.1 1");
 
     b.clear_console();
@@ -67,7 +62,7 @@ TEST(ReferenceCurves, TwoCurvesStoredReadBackAndReadAgainForTheHardcopy) {
     fit(*b.s, 17, 2, 2, NP, xs.data(), y2s.data());
     EXPECT_TRUE(no_curve(b.s->fit_variables));
     EXPECT_FALSE(b.s->ref.store_file);
-    EXPECT_EQ(count(b.dir.read("pair.dat"), "\n"), 5u);
+    EXPECT_EQ(count_of(b.dir.read("pair.dat"), "\n"), 5u);
 
     // A hardcopy reads the same file again without asking.
     for (bool hardcopy : {false, true}) {
@@ -82,9 +77,9 @@ TEST(ReferenceCurves, TwoCurvesStoredReadBackAndReadAgainForTheHardcopy) {
         EXPECT_EQ(first(fv.Y1_FIT, NP), y1s);
         EXPECT_EQ(first(fv.Y2_FIT, NP), y2s);
         const std::string& c = b.console();
-        EXPECT_EQ(count(c, "     1: black (horizontal): \n"), 1u);
-        EXPECT_EQ(count(c, "     2: red (vertical): \n"), 1u);
-        EXPECT_EQ(count(c, "Enter reference file name"), hardcopy ? 0u : 1u);
+        EXPECT_EQ(count_of(c, "     1: black (horizontal): \n"), 1u);
+        EXPECT_EQ(count_of(c, "     2: red (vertical): \n"), 1u);
+        EXPECT_EQ(count_of(c, "Enter reference file name"), hardcopy ? 0u : 1u);
     }
 }
 

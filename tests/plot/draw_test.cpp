@@ -50,20 +50,11 @@ TEST(Draw, LegendBoxSamplesAndTextsThenTheWindowBack) {
         s.logo.COLOUR = colour;
         const LegendPos pos = colour ? LegendPos::TR : LegendPos::TL;
         legend(s, text, num, colour ? 0.0f : 0.7f, pos);  // 0: the edge at 0.77
-        std::vector<std::string> want = {"pgqwin",
-                                         "pgswin",
-                                         "pgsci0",
-                                         "pgsls1",
-                                         "pgsfs",
-                                         "pgrect",
-                                         "pgsfs",
-                                         "pgsci1",
-                                         "pgrect",
-                                         "pgsch",
-                                         colour ? "pgsci2" : "pgsls2",
-                                         "pgmove",
-                                         "pgdraw",
-                                         "pgtext"};
+        // clang-format off
+        std::vector<std::string> want = {"pgqwin", "pgswin", "pgsci0", "pgsls1", "pgsfs", "pgrect", "pgsfs",
+                                         "pgsci1", "pgrect", "pgsch", colour ? "pgsci2" : "pgsls2", "pgmove",
+                                         "pgdraw", "pgtext"};
+        // clang-format on
         if (colour)
             want.push_back("pgsci7");
         else

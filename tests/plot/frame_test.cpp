@@ -31,11 +31,9 @@ struct FrameTest : ::testing::Test {
             rows.back()[0] = z[i];
             rows.back()[static_cast<std::size_t>(field)] = v[i];
         }
-        const int unit = axis == 'X' ? 10 : axis == 'Y' ? 11 : 12;
-        bool Fexist::*present = unit == 10   ? &Fexist::Xemit_EXISTS
-                                : unit == 11 ? &Fexist::Yemit_EXISTS
-                                             : &Fexist::Zemit_EXISTS;
-        viewer::testing::open_table(s, unit, present, std::string("p.") + axis + "emit.001",
+        const int k = axis == 'X' ? 0 : axis == 'Y' ? 1 : 2;
+        bool Fexist::*const present[] = {&Fexist::Xemit_EXISTS, &Fexist::Yemit_EXISTS, &Fexist::Zemit_EXISTS};
+        viewer::testing::open_table(s, 10 + k, present[k], std::string("p.") + axis + "emit.001",
                                     viewer::testing::fixed_records(rows));
     }
     const GraphicsCall& env(std::size_t k = 0) const { return *rec.named("pgenv").at(k); }
@@ -103,22 +101,6 @@ TEST_F(FrameTest, DrawingOrderByColourOrLineStyle) {
     }
 }
 
-TEST_F(FrameTest, ZoomWindowKeepsItsBoundsAndStatisticsSeeOnlyIt) {
-    emit('Z', {1, 2, 3, 4, 5}, zemit::Z_RMS, {10, 20, 30, 40, 50});
-    s.logo.ZOOM_Z = true;
-    s.graph.Z_LOWER = 2;
-    s.graph.Z_UPPER = 4;
-    draw(pgex5);
-
-    ASSERT_EQ(lines().size(), 1u);
-    EXPECT_EQ(lines()[0]->xs, (std::vector<float>{2, 3, 4}));
-    EXPECT_TRUE(window_is(env(), 2, 4, 0, 48));
-    EXPECT_NE(h.console().find("     beginning:                   2.0000D+01\n"
-                               "     end:                         4.0000D+01\n"),
-              std::string::npos);
-    EXPECT_NE(h.console().find("     average:                     3.0000D+01\n"), std::string::npos);
-}
-
 TEST_F(FrameTest, PointLimitStopsReadingAndZoomCountsOnlyKeptPoints) {
     std::vector<float> z(PKT + 1), v(PKT + 1);
     for (std::size_t i = 0; i < z.size(); ++i) {
@@ -177,14 +159,17 @@ TEST_F(FrameTest, NoPointsDrawAnEmptyFrameAndPrintNothing) {
     EXPECT_TRUE(window_is(env(1), -0.1f, 0.1f, -0.1f, 0.1f));
 }
 
-TEST_F(FrameTest, SinglePointsConstantAndNegativeCurvesUnderEachRule) {
+TEST_F(FrameTest, RangesUnderEachRuleAndTheZoomWindow) {
     struct Case {
         void (*plot)(Session&, int);
         int field;
         std::vector<float> z, v;
         float x1, x2, ymin, ymax;
+        float zoom_lower = 0, zoom_upper = 0;  // zoomed when they differ
+        const char* stats = "";                // a part of the console
     };
     const std::vector<float> z3 = {1, 2, 3};
+    // clang-format off
     const Case cases[] = {
         {pgex8, zemit::E_MEAN, {2}, {2}, 1.8f, 2.2f, 1.6f, 2.4f},  // one point: the range opens around it
         // At a negative position the mended range falls from left to right.
@@ -195,13 +180,24 @@ TEST_F(FrameTest, SinglePointsConstantAndNegativeCurvesUnderEachRule) {
         {pgex5, zemit::Z_RMS, z3, {0, 0, 0}, 1, 3, -0.1f, 0.1f},   // zero rule, all zero: mended
         {pgex7, zemit::CO_EZ, z3, {-2, -2, -2}, 1, 3, -2.4f, -1.6f},  // margin below zero opens outwards
         {pgex7, zemit::CO_EZ, z3, {-1, -3, -2}, 1, 3, -3.6f, -0.8f},
+        // The zoom window keeps its bounds, and the statistics see only it.
+        {pgex5, zemit::Z_RMS, {1, 2, 3, 4, 5}, {10, 20, 30, 40, 50}, 2, 4, 0, 48, 2, 4,
+         "     beginning:                   2.0000D+01\n     end:                         4.0000D+01\n"
+         "     minimum:                     2.0000D+01  at z =   2.0000D+00\n"
+         "     maximum:                     4.0000D+01  at z =   4.0000D+00\n"
+         "     average:                     3.0000D+01\n"},
     };
+    // clang-format on
     for (const Case& c : cases) {
         SCOPED_TRACE(::testing::PrintToString(c.z) + ::testing::PrintToString(c.v));
         emit('Z', c.z, c.field, c.v);
+        s.logo.ZOOM_Z = c.zoom_lower != c.zoom_upper;
+        s.graph.Z_LOWER = c.zoom_lower;
+        s.graph.Z_UPPER = c.zoom_upper;
         draw(c.plot);
         EXPECT_TRUE(window_is(env(), c.x1, c.x2, c.ymin, c.ymax));
-        EXPECT_EQ(lines().at(0)->args[0], static_cast<double>(c.z.size()));
+        EXPECT_EQ(lines().at(0)->xs, (s.logo.ZOOM_Z ? std::vector<float>{2, 3, 4} : c.z));
+        EXPECT_NE(h.console().find(c.stats), std::string::npos) << h.console();
     }
 }
 
