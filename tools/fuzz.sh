@@ -53,7 +53,7 @@ for t in "${targets[@]}"; do
   mkdir -p "$corpus" "$seed" "$regress"
   seeds "$t" "$seed"
   if ! ASAN_OPTIONS=detect_leaks=0 "build-fuzz/${t}_fuzz" -runs="$runs" -max_len=65536 -timeout=10 \
-      -rss_limit_mb=2048 -dict=fuzz/readers.dict -artifact_prefix="$PWD/fuzz/found/$t-" \
+      -rss_limit_mb=2048 -seed="${FUZZ_SEED:-1}" -dict=fuzz/readers.dict -artifact_prefix="$PWD/fuzz/found/$t-" \
       "$corpus" "$seed" "$regress" >"$work/$t.log" 2>&1; then
     echo "fuzz: $t FAILED" >&2
     grep -E "ERROR|SUMMARY|Test unit written" "$work/$t.log" >&2 || tail -20 "$work/$t.log" >&2

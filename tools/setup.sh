@@ -9,7 +9,7 @@ if [ "$(id -u)" -ne 0 ]; then
     echo "setup: run as root or install sudo" >&2; exit 1; fi
 fi
 
-packages=(pgplot5 xvfb xdotool x11-utils ghostscript cmake g++ make libgtest-dev libbenchmark-dev clang-format)
+packages=(pgplot5 xvfb xdotool x11-utils ghostscript cmake g++ make libgtest-dev libbenchmark-dev clang-format clang libclang-rt-14-dev)
 
 missing=()
 for p in "${packages[@]}"; do
