@@ -20,6 +20,7 @@
 #include "core/run_catalogue.hpp"
 #include "core/session.hpp"
 #include "evolution/plots.hpp"
+#include "tests/support/null_graphics.hpp"
 #include "tests/support/recording_graphics.hpp"
 
 namespace {
@@ -69,57 +70,6 @@ TrackFiles& files() {
     static TrackFiles t;
     return t;
 }
-
-class NullGraphics final : public Graphics {
-public:
-    int pgopen(const std::string&) override { return 1; }
-    void pgslct(int) override {}
-    void pgclos() override {}
-    void pgend() override {}
-    void pgask(bool) override {}
-    void pgpap(float, float) override {}
-    void pgenv(float, float, float, float, int, int) override {}
-    void pglab(const std::string&, const std::string&, const std::string&) override {}
-    void pgbox(const std::string&, float, int, const std::string&, float, int) override {}
-    void pgswin(float, float, float, float) override {}
-    void pgsvp(float, float, float, float) override {}
-    void pgvsiz(float, float, float, float) override {}
-    void pgsubp(int, int) override {}
-    void pgpage() override {}
-    void pgpanl(int, int) override {}
-    void pgline(int n, const float* x, const float* y) override {
-        benchmark::DoNotOptimize(n);
-        benchmark::DoNotOptimize(x);
-        benchmark::DoNotOptimize(y);
-    }
-    void pgpt(int, const float*, const float*, int) override {}
-    void pgmove(float, float) override {}
-    void pgdraw(float, float) override {}
-    void pgrect(float, float, float, float) override {}
-    void pgcirc(float, float, float) override {}
-    void pgptxt(float, float, float, float, const std::string&) override {}
-    void pgtext(float, float, const std::string&) override {}
-    void pgeras() override {}
-    void pgsci(int) override {}
-    void pgsls(int) override {}
-    void pgslw(int) override {}
-    void pgsfs(int) override {}
-    void pgscf(int) override {}
-    void pgsch(float) override {}
-    void pgscr(int, float, float, float) override {}
-    void pgbbuf() override {}
-    void pgebuf() override {}
-    void pgsave() override {}
-    void pgunsa() override {}
-    void pgupdt() override {}
-    void pgqvp(int, float& a, float& b, float& c, float& d) override { a = c = 0, b = d = 1; }
-    void pgqvsz(int, float& a, float& b, float& c, float& d) override { a = c = 0, b = d = 1; }
-    void pgqwin(float& a, float& b, float& c, float& d) override { a = c = 0, b = d = 1; }
-};
-
-struct NullBuf : std::streambuf {
-    int overflow(int c) override { return c; }
-};
 
 // A session with the .track of `records` lines open on its unit, as the run load leaves it.
 struct BenchSession {
