@@ -48,7 +48,7 @@ expect() {
   local want=$1 words=$2
   shift 2
   set +e
-  "$VIEWER" "$@" >/dev/null 2>err.txt
+  env ${RUN_ENV:-} "$VIEWER" "$@" >/dev/null 2>err.txt
   local got=$?
   set -e
   [ "$got" = "$want" ] || fail "'$*' ended with $got, not $want"
@@ -66,5 +66,8 @@ expect 2 "--bins takes a number from 1 to 3200" rfgun,1 --plot 3:31 --bins 0 --o
 expect 1 "no data files of project nothere" nothere --plot 1:1 --out a.ps
 expect 1 "cannot write nodir/a.ps: No such file or directory" rfgun,1 --plot 1:1 --out nodir/a.ps
 expect 1 "no aperture file" rfgun,1 --plot 1:1 --out a.ps --geometry=missing.dat
+RUN_ENV="PATH=$WORK/empty" expect 1 "needs ghostscript (gs)" rfgun,1 --plot 1:1 --out a.pdf
+mkdir bad && cp rfgun.Xemit.001 rfgun.Yemit.001 bad/ && sed -i '3s/^.\{20\}/   x1.0E+00 2.0E+00/' bad/rfgun.Yemit.001
+(cd bad && expect 1 "rfgun.Yemit.001, line 3, column 1" rfgun,1 --plot 1:1 --out a.ps)
 [ ! -e win_config.dat ] || fail "the export wrote win_config.dat"
 echo "e2e export: ok"
