@@ -15,6 +15,7 @@
 #include "core/fortran_format.hpp"
 #include "core/records.hpp"
 #include "core/run_catalogue.hpp"
+#include "tests/support/null_graphics.hpp"
 
 extern char** environ;
 
@@ -24,11 +25,9 @@ namespace fs = std::filesystem;
 using namespace viewer;
 
 struct BeamRun {
-    fs::path dir;
+    ScratchDir scratch{"export_bench"};
+    const fs::path& dir = scratch.dir;
     BeamRun() {
-        std::string tmpl = (fs::temp_directory_path() / "export_bench.XXXXXX").string();
-        if (!::mkdtemp(tmpl.data())) std::abort();
-        dir = tmpl;
         for (Kind k : {Kind::Xemit, Kind::Yemit, Kind::Zemit}) {
             std::FILE* f = std::fopen((dir / run_file_name(run_kind(k), "bench", ".001")).c_str(), "w");
             for (int r = 0; r < PKT; ++r) {
@@ -39,10 +38,6 @@ struct BeamRun {
             }
             std::fclose(f);
         }
-    }
-    ~BeamRun() {
-        std::error_code ec;
-        fs::remove_all(dir, ec);
     }
 };
 

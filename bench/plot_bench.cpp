@@ -27,11 +27,9 @@ using namespace viewer;
 
 // Both tables, written once per process into a temporary directory.
 struct BeamTables {
-    fs::path dir;
+    ScratchDir scratch{"plot_bench"};
+    const fs::path& dir = scratch.dir;
     BeamTables() {
-        std::string tmpl = (fs::temp_directory_path() / "plot_bench.XXXXXX").string();
-        if (!::mkdtemp(tmpl.data())) std::abort();
-        dir = tmpl;
         for (const char* kind : {"Xemit", "Yemit"}) {
             std::FILE* f = std::fopen((dir / (std::string("bench.") + kind + ".001")).c_str(), "w");
             for (int r = 0; r < PKT; ++r) {
@@ -44,10 +42,6 @@ struct BeamTables {
             std::fclose(f);
         }
     }
-    ~BeamTables() {
-        std::error_code ec;
-        fs::remove_all(dir, ec);
-    }
 };
 
 const BeamTables& tables() {
@@ -56,18 +50,11 @@ const BeamTables& tables() {
 }
 
 // A session with both tables open on their units, as the run load leaves it.
-struct BenchSession {
-    NullBuf sink;
-    std::istringstream in;
-    std::ostream out{&sink};
-    ScriptedPointer ptr;
-    Session s;
-    explicit BenchSession(Graphics& g) : s(g, ptr, in, out, tables().dir.string()) {
+struct BenchSession : QuietSession {
+    explicit BenchSession(Graphics& g) : QuietSession(g, tables().dir.string()) {
         for (int u : {10, 11})
             if (!s.unit(u).open(s.path(u == 10 ? "bench.Xemit.001" : "bench.Yemit.001"))) std::abort();
         s.fexist.Xemit_EXISTS = s.fexist.Yemit_EXISTS = true;
-        s.logo.COLOUR = true;
-        s.chara.PAGE_TITLE = "bench 001  01.01  00:00";
     }
 };
 

@@ -72,18 +72,11 @@ TrackFiles& files() {
 }
 
 // A session with the .track of `records` lines open on its unit, as the run load leaves it.
-struct BenchSession {
-    NullBuf sink;
-    std::istringstream in;
-    std::ostream out{&sink};
-    ScriptedPointer ptr;
-    Session s;
-    BenchSession(Graphics& g, long records) : s(g, ptr, in, out, files().dir.string()) {
+struct BenchSession : QuietSession {
+    BenchSession(Graphics& g, long records) : QuietSession(g, files().dir.string()) {
         const RunKind& k = run_kind(Kind::track);
         if (!s.unit(k.unit).open(s.path(files().name(records)))) std::abort();
         s.fexist.track_EXISTS = true;
-        s.logo.COLOUR = true;
-        s.chara.PAGE_TITLE = "bench 001  01.01  00:00";
     }
 };
 

@@ -27,11 +27,9 @@ const char* const kKinds[] = {"Xemit", "Yemit", "Zemit"};
 
 // The three tables, written once per process into a temporary directory.
 struct EmitTables {
-    fs::path dir;
+    ScratchDir scratch{"twiss_bench"};
+    const fs::path& dir = scratch.dir;
     EmitTables() {
-        std::string tmpl = (fs::temp_directory_path() / "twiss_bench.XXXXXX").string();
-        if (!::mkdtemp(tmpl.data())) std::abort();
-        dir = tmpl;
         for (const char* kind : kKinds) {
             std::FILE* f = std::fopen((dir / (std::string("bench.") + kind + ".001")).c_str(), "w");
             for (int r = 0; r < PKT; ++r) {
@@ -45,10 +43,6 @@ struct EmitTables {
             std::fclose(f);
         }
     }
-    ~EmitTables() {
-        std::error_code ec;
-        fs::remove_all(dir, ec);
-    }
 };
 
 const EmitTables& tables() {
@@ -57,19 +51,12 @@ const EmitTables& tables() {
 }
 
 // A session with the three tables open on their units, as the run load leaves it.
-struct BenchSession {
-    NullBuf sink;
-    std::istringstream in;
-    std::ostream out{&sink};
-    ScriptedPointer ptr;
-    Session s;
-    explicit BenchSession(Graphics& g) : s(g, ptr, in, out, tables().dir.string()) {
+struct BenchSession : QuietSession {
+    explicit BenchSession(Graphics& g) : QuietSession(g, tables().dir.string()) {
         for (int u = 10; u <= 12; ++u)
             if (!s.unit(u).open(s.path(std::string("bench.") + kKinds[u - 10] + ".001"))) std::abort();
         s.fexist.Xemit_EXISTS = s.fexist.Yemit_EXISTS = s.fexist.Zemit_EXISTS = true;
-        s.logo.COLOUR = true;
         s.window.SELECTION = 12;
-        s.chara.PAGE_TITLE = "bench 001  01.01  00:00";
     }
 };
 

@@ -2,10 +2,17 @@
 // share of a redraw: graphics that draw nowhere, and a console sink.
 #pragma once
 
+#include <stdlib.h>
+
+#include <filesystem>
+#include <ostream>
+#include <sstream>
 #include <streambuf>
 #include <string>
 
 #include "core/graphics.hpp"
+#include "core/session.hpp"
+#include "tests/support/recording_graphics.hpp"
 
 namespace viewer {
 
@@ -58,6 +65,35 @@ public:
 
 struct NullBuf : std::streambuf {
     int overflow(int c) override { return c; }
+};
+
+// A session over `g` in `dir` whose console reads nothing and writes nowhere.
+struct QuietSession {
+    QuietSession(Graphics& g, const std::string& dir) : s(g, ptr, in, out, dir) {
+        s.logo.COLOUR = true;
+        s.chara.PAGE_TITLE = "bench 001  01.01  00:00";
+    }
+    NullBuf sink;
+    std::istringstream in;
+    std::ostream out{&sink};
+    ScriptedPointer ptr;
+    Session s;
+};
+
+// A directory of its own for generated tables, removed with the object.
+struct ScratchDir {
+    explicit ScratchDir(const std::string& stem) {
+        std::string tmpl = (std::filesystem::temp_directory_path() / (stem + ".XXXXXX")).string();
+        if (!::mkdtemp(tmpl.data())) std::abort();
+        dir = tmpl;
+    }
+    ~ScratchDir() {
+        std::error_code ec;
+        std::filesystem::remove_all(dir, ec);
+    }
+    ScratchDir(const ScratchDir&) = delete;
+    ScratchDir& operator=(const ScratchDir&) = delete;
+    std::filesystem::path dir;
 };
 
 }  // namespace viewer
