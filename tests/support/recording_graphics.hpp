@@ -37,39 +37,44 @@ public:
     void pgslct(int id) override;
     void pgclos() override;
     void pgend() override;
-    void pgask(bool flag) override;
-    void pgpap(float width, float aspect) override;
+    void pgask(bool f) override { add("pgask", {f ? 1.0 : 0.0}); }
+    void pgpap(float w, float a) override { add("pgpap", {w, a}); }
     void pgenv(float xmin, float xmax, float ymin, float ymax, int just, int axis) override;
-    void pglab(const std::string& x, const std::string& y, const std::string& top) override;
-    void pgbox(const std::string& xopt, float xtick, int nxsub, const std::string& yopt, float ytick,
-               int nysub) override;
+    void pglab(const std::string& x, const std::string& y, const std::string& t) override {
+        add("pglab", {}, {x, y, t});
+    }
+    void pgbox(const std::string& xo, float xt, int nx, const std::string& yo, float yt, int ny) override {
+        add("pgbox", {xt, double(nx), yt, double(ny)}, {xo, yo});
+    }
     void pgswin(float x1, float x2, float y1, float y2) override;
     void pgsvp(float x1, float x2, float y1, float y2) override;
-    void pgvsiz(float x1, float x2, float y1, float y2) override;
-    void pgsubp(int nx, int ny) override;
-    void pgpage() override;
-    void pgpanl(int ix, int iy) override;
+    void pgvsiz(float a, float b, float c, float d) override { add("pgvsiz", {a, b, c, d}); }
+    void pgsubp(int nx, int ny) override { add("pgsubp", {double(nx), double(ny)}); }
+    void pgpage() override { add("pgpage", {}); }
+    void pgpanl(int ix, int iy) override { add("pgpanl", {double(ix), double(iy)}); }
     void pgline(int n, const float* x, const float* y) override;
     void pgpt(int n, const float* x, const float* y, int symbol) override;
-    void pgmove(float x, float y) override;
-    void pgdraw(float x, float y) override;
-    void pgrect(float x1, float x2, float y1, float y2) override;
-    void pgcirc(float x, float y, float radius) override;
-    void pgptxt(float x, float y, float angle, float fjust, const std::string& text) override;
-    void pgtext(float x, float y, const std::string& text) override;
-    void pgeras() override;
-    void pgsci(int ci) override;
-    void pgsls(int ls) override;
-    void pgslw(int lw) override;
-    void pgsfs(int fs) override;
-    void pgscf(int font) override;
-    void pgsch(float size) override;
-    void pgscr(int ci, float r, float g, float b) override;
-    void pgbbuf() override;
-    void pgebuf() override;
-    void pgsave() override;
-    void pgunsa() override;
-    void pgupdt() override;
+    void pgmove(float x, float y) override { add("pgmove", {x, y}); }
+    void pgdraw(float x, float y) override { add("pgdraw", {x, y}); }
+    void pgrect(float a, float b, float c, float d) override { add("pgrect", {a, b, c, d}); }
+    void pgcirc(float x, float y, float r) override { add("pgcirc", {x, y, r}); }
+    void pgptxt(float x, float y, float a, float f, const std::string& t) override {
+        add("pgptxt", {x, y, a, f}, {t});
+    }
+    void pgtext(float x, float y, const std::string& t) override { add("pgtext", {x, y}, {t}); }
+    void pgeras() override { add("pgeras", {}); }
+    void pgsci(int ci) override { add("pgsci", {double(ci)}); }
+    void pgsls(int ls) override { add("pgsls", {double(ls)}); }
+    void pgslw(int lw) override { add("pgslw", {double(lw)}); }
+    void pgsfs(int fs) override { add("pgsfs", {double(fs)}); }
+    void pgscf(int f) override { add("pgscf", {double(f)}); }
+    void pgsch(float s) override { add("pgsch", {s}); }
+    void pgscr(int ci, float r, float g, float b) override { add("pgscr", {double(ci), r, g, b}); }
+    void pgbbuf() override { add("pgbbuf", {}); }
+    void pgebuf() override { add("pgebuf", {}); }
+    void pgsave() override { add("pgsave", {}); }
+    void pgunsa() override { add("pgunsa", {}); }
+    void pgupdt() override { add("pgupdt", {}); }
     void pgqvp(int units, float& x1, float& x2, float& y1, float& y2) override;
     void pgqvsz(int units, float& x1, float& x2, float& y1, float& y2) override;
     void pgqwin(float& x1, float& x2, float& y1, float& y2) override;
