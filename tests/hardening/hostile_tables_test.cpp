@@ -187,7 +187,7 @@ TEST(HostileTables, NonFiniteValuesNeverReachAWindow) {
         h.dir.write(name, out);
     }
     h.dir.write("Geometry.dat", "0 NaN\n0.5 Infinity\n1 0.01\n");  // and in the outline
-    h.row(18);  // geometry on
+    h.row(18);                                                     // geometry on
     every_row(h, 5);
     EXPECT_EQ(h.run({"rfgun"}), 0);
     EXPECT_TRUE(finite_windows(h.g)) << h.console();
