@@ -260,7 +260,7 @@ TEST(HostileTables, SessionsStopWithThePlaceOrCarryOn) {
              std::filesystem::remove(d.file("p.Zemit.001"));
              std::filesystem::create_directory(d.file("p.Zemit.001"));
          },
-         "p", "p.Zemit.001", false},
+         "p", "Error while opening file: p.Zemit.001\n          Program stops", false},
         // A geometry of a million lines keeps its first GEOM_MAX points.
         {"huge geometry",
          [](const TempDir& d) {
@@ -300,6 +300,6 @@ TEST(HostileTables, UnreadableTableStopsNamingIt) {
     std::filesystem::permissions(h.dir.file("p.Yemit.001"), std::filesystem::perms::none);
     h.picks({2, 25});
     EXPECT_EQ(h.run({"p"}), 0);
-    EXPECT_TRUE(has(h.console(), "p.Yemit.001"));
+    EXPECT_TRUE(has(h.console(), "Error while opening file: p.Yemit.001"));
     EXPECT_TRUE(h.g.named("pgenv").empty());
 }
