@@ -153,6 +153,7 @@ TEST(Soak, RandomSessionEndsNormallyWithFlatMemory) {
     const long rss_end = resident_kib();
     EXPECT_EQ(p.next, p.clicks.size()) << out.tail;  // ended by the exit pick
     EXPECT_EQ(p.bad_window, "");
+    EXPECT_TRUE(h.dir.exists("win_config.dat"));
     EXPECT_GT(in.answers, passes / 100);  // the dialogues were reached
     EXPECT_GT(out.loads, passes / 500);   // and runs of several sets loaded
 #ifndef __SANITIZE_ADDRESS__              // whose quarantine holds freed memory on purpose
