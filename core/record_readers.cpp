@@ -48,6 +48,7 @@ bool read_fixed(TableFile& f, std::span<float> reals, bool* logical, int width) 
     std::string_view line;
     if (!f.next_line(line)) return false;
     const std::size_t w = static_cast<std::size_t>(width);
+    if (!f.line_ended() && line.size() < reals.size() * w) return false;  // still being written
     std::size_t pos = 0;
     for (float& r : reals) {
         if (w == 12 && pos + 12 <= line.size() && parse_e12_4(line.data() + pos, r)) {
@@ -98,23 +99,18 @@ union Value {
                       std::string("cannot read ") + what + " from \"" + std::string(tok) + "\"");
 }
 
-void convert(const TableFile& f, std::string_view line, std::string_view tok, FreeField::Type type,
-             Value& v) {
+bool convert(std::string_view tok, FreeField::Type type, Value& v) {
     const char* b = tok.data();
     const char* e = b + tok.size();
     switch (type) {
         case FreeField::Int:
-            if (!parse_int(b, e, v.i)) bad_token(f, line, tok, "an integer");
-            return;
+            return parse_int(b, e, v.i);
         case FreeField::Real:
-            if (!parse_canonical(b, e, v.r) && !parse_number(b, e, 0, v.r))
-                bad_token(f, line, tok, "a number");
-            return;
+            return parse_canonical(b, e, v.r) || parse_number(b, e, 0, v.r);
         case FreeField::Double:
-            if (!parse_canonical(b, e, v.d) && !parse_number(b, e, 0, v.d))
-                bad_token(f, line, tok, "a number");
-            return;
+            return parse_canonical(b, e, v.d) || parse_number(b, e, 0, v.d);
     }
+    return false;
 }
 
 void commit(const FreeField& fld, const Value& v) {
@@ -162,7 +158,11 @@ bool read_free(TableFile& f, std::span<const FreeField> fields) {
         if (line[pos] == '/') break;  // a slash ends the record; the rest keep their values
         std::size_t end = pos;
         while (end < line.size() && free_class(line[end]) == kToken) ++end;
-        convert(f, line, line.substr(pos, end - pos), fields[n].type, vals[n]);
+        const std::string_view tok = line.substr(pos, end - pos);
+        if (!convert(tok, fields[n].type, vals[n])) {
+            if (end == line.size() && !f.line_ended()) return false;  // a writer cut short
+            bad_token(f, line, tok, fields[n].type == FreeField::Int ? "an integer" : "a number");
+        }
         pos = end;
     }
     for (std::size_t k = 0; k < n; ++k) commit(fields[k], vals[k]);

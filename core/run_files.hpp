@@ -37,6 +37,7 @@ struct RecordError : std::runtime_error {
 // blocks and hands out one line at a time, so memory does not grow with the
 // file; only a line longer than the block makes the buffer grow, to hold
 // that line. Line ends are LF or CRLF; a last line without one still counts.
+// A UTF-8 byte order mark before the first line is not part of it.
 // A read error of the system throws RecordError.
 class TableFile {
 public:
@@ -54,6 +55,7 @@ public:
     bool next_line(std::string_view& line);
     const std::string& name() const { return name_; }
     long line_number() const { return line_no_; }                // of the line last handed out
+    bool line_ended() const { return ended_; }                   // the last line had its line end
     std::size_t buffer_capacity() const { return buf_.size(); }  // bytes held, whatever the file size
 
 private:
@@ -64,12 +66,15 @@ private:
     std::size_t begin_ = 0, end_ = 0;
     bool eof_ = false;
     long line_no_ = 0;
+    bool ended_ = true;
 };
 
 // Fixed record: `reals.size()` fields of `width` columns (E12.4 reading
 // rules), optionally followed by an `L3` truth field. Takes exactly one line:
 // a blank line is a record of zeros, a short line reads zeros past its end,
-// and what stands behind the last field is ignored.
+// and what stands behind the last field is ignored. A last line without its
+// line end that stops before its last field is a record still being
+// written: it is dropped, as the end of the file.
 bool read_fixed(TableFile& f, std::span<float> reals, bool* logical = nullptr, int width = 12);
 
 // One target of a free record.
@@ -83,7 +88,9 @@ struct FreeField {
 
 // Free record: numbers separated by blanks, commas or line ends, possibly
 // over several lines; blank lines are passed over and the rest of the last
-// line is dropped. End of file inside the record drops it and answers false.
+// line is dropped. End of file inside the record drops it and answers false,
+// and so does an item that is not a number at the very end of a last line
+// without its line end (a writer cut short).
 // A slash ends the record early. The targets are written only when the
 // record is complete. An integer field takes an integer only: "1.0" there
 // throws. Reals read as in a fixed field (E, D or Q exponent, or a bare

@@ -1,6 +1,7 @@
 // Running statistics of the plots along z.
 #include "core/statistics.hpp"
 
+#include <cmath>
 #include <ostream>
 
 #include "core/fortran_format.hpp"
@@ -16,13 +17,17 @@ void mami(PlotState& st, int ID, int I, float Z, float Y) {
         st.AVR[c] = Y;
         return;
     }
-    if (Z > st.ZMAX) st.ZMAX = Z;
-    if (Z < st.ZMIN) st.ZMIN = Z;
-    if (Y > st.MAX_A[c]) {
+    // A NaN or infinity of a Fortran runtime takes no part in the extremes,
+    // and a first point that was one gives way to the next finite value.
+    auto above = [](float v, float m) { return std::isfinite(v) && (v > m || !std::isfinite(m)); };
+    auto below = [](float v, float m) { return std::isfinite(v) && (v < m || !std::isfinite(m)); };
+    if (above(Z, st.ZMAX)) st.ZMAX = Z;
+    if (below(Z, st.ZMIN)) st.ZMIN = Z;
+    if (above(Y, st.MAX_A[c])) {
         st.MAX_A[c] = Y;
         st.MAX_A[c + 2] = Z;
     }
-    if (Y < st.MIN_A[c]) {
+    if (below(Y, st.MIN_A[c])) {
         st.MIN_A[c] = Y;
         st.MIN_A[c + 2] = Z;
     }
@@ -64,6 +69,10 @@ void out_mami(std::ostream& out, PlotState& st, int NP, int ID, const float* Y1,
 }
 
 void check(float& UPPER, float& LOWER) {
+    // A bound that is not finite takes the other one, or zero, and the
+    // range then opens as an empty one.
+    if (!std::isfinite(UPPER)) UPPER = std::isfinite(LOWER) ? LOWER : 0.0f;
+    if (!std::isfinite(LOWER)) LOWER = UPPER;
     if (UPPER != LOWER) return;
     if (UPPER == 0.0f) {
         UPPER = 0.1f;

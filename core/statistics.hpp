@@ -17,7 +17,8 @@ void mami(PlotState& st, int ID, int I, float Z, float Y);
 void out_mami(std::ostream& out, PlotState& st, int NP, int ID, const float* Y1, const float* Y2);
 
 // Mends an empty range in place: equal bounds open by 10 % of the value,
-// or to -0.1 .. 0.1 around zero.
+// or to -0.1 .. 0.1 around zero. A bound that is not finite (NaN, infinity)
+// first takes the value of the other, or zero when neither is finite.
 void check(float& UPPER, float& LOWER);
 
 }  // namespace viewer

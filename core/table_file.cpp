@@ -58,6 +58,7 @@ void TableFile::close() {
     begin_ = end_ = 0;
     eof_ = false;
     line_no_ = 0;
+    ended_ = true;
 }
 
 void TableFile::rewind() {
@@ -66,6 +67,7 @@ void TableFile::rewind() {
     begin_ = end_ = 0;
     eof_ = false;
     line_no_ = 0;
+    ended_ = true;
 }
 
 bool TableFile::fill() {
@@ -97,6 +99,7 @@ bool TableFile::next_line(std::string_view& line) {
         const char* start = buf_.data() + begin_;
         const void* nl = std::memchr(buf_.data() + scanned, '\n', end_ - scanned);
         std::size_t len;
+        ended_ = nl != nullptr;
         if (nl) {
             len = static_cast<std::size_t>(static_cast<const char*>(nl) - start);
             begin_ += len + 1;
@@ -113,6 +116,8 @@ bool TableFile::next_line(std::string_view& line) {
         }
         if (len > 0 && start[len - 1] == '\r') --len;
         line = std::string_view(start, len);
+        // An editor's byte order mark would shift every column of the first line.
+        if (line_no_ == 0 && line.starts_with("\xEF\xBB\xBF")) line.remove_prefix(3);
         ++line_no_;
         return true;
     }

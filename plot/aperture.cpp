@@ -4,6 +4,7 @@
 #include "plot/aperture.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <ostream>
 
@@ -73,12 +74,17 @@ void load_geom_file(Session& s, const std::string& path) {
             g.GEOM_RMAX = r;
             g.GEOM_ZMIN = g.GEOM_ZMAX = z;
         } else {
-            g.GEOM_RMAX = std::max(g.GEOM_RMAX, r);
-            g.GEOM_ZMIN = std::min(g.GEOM_ZMIN, z);
-            g.GEOM_ZMAX = std::max(g.GEOM_ZMAX, z);
+            // A NaN or infinity in the outline takes no part in its extent.
+            auto take = [](float& m, float v, bool up) {
+                if (std::isfinite(v) && (!std::isfinite(m) || (up ? v > m : v < m))) m = v;
+            };
+            take(g.GEOM_RMAX, r, true);
+            take(g.GEOM_ZMIN, z, false);
+            take(g.GEOM_ZMAX, z, true);
         }
     }
-    if (g.GEOM_RMAX == 0.0f) g.GEOM_RMAX = 0.1f;
+    if (!std::isfinite(g.GEOM_ZMIN) || !std::isfinite(g.GEOM_ZMAX)) g.GEOM_ZMIN = g.GEOM_ZMAX = 0.0f;
+    if (g.GEOM_RMAX == 0.0f || !std::isfinite(g.GEOM_RMAX)) g.GEOM_RMAX = 0.1f;
 }
 
 void ensure_geometry(Session& s) {
