@@ -312,7 +312,7 @@ void write_phase_scans(const std::string& dir, int run, const Model& m) {
         double emax = m.settings().e_gun * gradient;
         for (int ph = 1; ph <= 360; ++ph) {
             double e = 0, comp = 0, brat = 0;
-            if (ph >= 5 && ph <= 175) {
+            if (ph > 5 && ph < 175) {  // no particle leaves the cathode outside the window
                 double window = std::pow(std::sin(kPi * (ph - 5) / 170.0), 0.4);
                 e = emax * window * (1 - 0.25 * std::pow((ph - 60) / 115.0, 2));
                 double time_comp =
