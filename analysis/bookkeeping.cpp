@@ -98,9 +98,7 @@ void bar_plot(Session& s, int N, const BarPlot& p) {
     Graphics& pg = s.pg;
     {
         DrawBracket bracket(pg);
-        pg.pgsci(1);
-        pg.pgenv(st.ZMIN, st.ZMAX, st.XMIN, st.XMAX, 0, 1);
-        pg.pglab(kZ, p.ylabel, p.top);
+        open_frame(s, st.ZMIN, st.ZMAX, st.XMIN, st.XMAX, {kZ, p.ylabel, p.top});
         if (s.logo.COLOUR) {
             pg.pgsci(2);
             pg.pgsfs(1);
@@ -207,9 +205,7 @@ void tcheck_plot(Session& s, int N, const TcheckPlot& p) {
     Graphics& pg = s.pg;
     {
         DrawBracket bracket(pg);
-        pg.pgsci(1);
-        pg.pgenv(st.ZMIN, st.ZMAX, st.XMIN, st.XMAX, 0, 1);
-        pg.pglab(kZ, p.ylabel, p.top);
+        open_frame(s, st.ZMIN, st.ZMAX, st.XMIN, st.XMAX, {kZ, p.ylabel, p.top});
         if (p.what == Tcheck::factors) {
             poly_line(s, pts.NP, pts.NP, pts.Z.data(), pts.Y.data(), 1, 5);
             static const char* const kKeys[] = {

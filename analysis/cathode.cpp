@@ -69,9 +69,7 @@ void cathode_plot(Session& s, const CathodePlot& c) {
     {
         DrawBracket bracket(s.pg);
         Graphics& pg = s.pg;
-        pg.pgsci(1);
-        pg.pgenv(st.ZMIN, st.ZMAX, st.XMIN, st.XMAX, 0, 1);
-        pg.pglab("\\fit ns", c.y, c.top);
+        open_frame(s, st.ZMIN, st.ZMAX, st.XMIN, st.XMAX, {"\\fit ns", c.y, c.top});
         if (present) {
             // Colours 1, 2, 3 on any device: the curves are told apart by colour alone.
             for (std::size_t k = 0; k < Y.size(); ++k) {

@@ -74,9 +74,8 @@ void pgex409(Session& s, int N) {
     {
         DrawBracket bracket(s.pg);
         Graphics& pg = s.pg;
-        pg.pgsci(1);
-        pg.pgenv(st.ZMIN, st.ZMAX, st.YMIN, st.YMAX, 0, 1);
-        pg.pglab(kZ, plane == 2 ? "\\ge \\gp \\fikeV mm" : kEmit, kTitle[plane]);
+        open_frame(s, st.ZMIN, st.ZMAX, st.YMIN, st.YMAX,
+                   {kZ, plane == 2 ? "\\ge \\gp \\fikeV mm" : kEmit, kTitle[plane]});
         pg.pgsci(1);
         pg.pgline(NP, Z.data(), curve[0].data());
         for (int c = 2; c <= 4; ++c) {
@@ -143,9 +142,7 @@ void pgex411(Session& s, int N) {
     {
         DrawBracket bracket(s.pg);
         Graphics& pg = s.pg;
-        pg.pgsci(1);
-        pg.pgenv(st.ZMIN, st.ZMAX, st.YMIN, st.YMAX, 0, 1);
-        pg.pglab(kZ, y, top);
+        open_frame(s, st.ZMIN, st.ZMAX, st.YMIN, st.YMAX, {kZ, y, top});
         if (sel == 14) {
             pg.pgsci(1);
             pg.pgline(NP, p.Z.data(), p.curve(0));

@@ -57,9 +57,7 @@ void pgex501(Session& s, int N, int SELECTION) {
     {
         DrawBracket bracket(s.pg);
         Graphics& pg = s.pg;
-        pg.pgsci(1);
-        pg.pgenv(st.ZMIN, st.ZMAX, st.YMIN, st.YMAX, 0, 1);
-        pg.pglab("\\fiz m", s.STRG1, s.STRG2);
+        open_frame(s, st.ZMIN, st.ZMAX, st.YMIN, st.YMAX, {"\\fiz m", s.STRG1, s.STRG2});
         pg.pgsci(1);
         pg.pgline(NP, Z.data(), Y1.data());
         if (TWICE) {

@@ -159,9 +159,7 @@ void scan_plot(Session& s, int NSCAN, int NPHASE, const ScanPlot& p) {
     Graphics& pg = s.pg;
     pg.pgbbuf();
     pg.pgsave();
-    pg.pgsci(1);
-    pg.pgenv(st.ZMIN, st.ZMAX, st.YMIN, st.YMAX, 0, 1);
-    pg.pglab("\\fiphase deg", p.ylabel, p.top);
+    open_frame(s, st.ZMIN, st.ZMAX, st.YMIN, st.YMAX, {"\\fiphase deg", p.ylabel, p.top});
     if (p.what == ScanOrdinate::energy) {
         // Each scan on its own phases, in its colour on any device.
         for (int I = 1; I <= t.J; ++I) {

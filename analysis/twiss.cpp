@@ -132,9 +132,7 @@ void draw_two_curves(Session& s, const TwoCurves& c, const TwoCurvePlot& p) {
     Graphics& pg = s.pg;
     {
         DrawBracket bracket(pg);
-        pg.pgsci(1);
-        pg.pgenv(st.ZMIN, st.ZMAX, st.YMIN, st.YMAX, 0, 1);
-        pg.pglab(p.labels.x, p.labels.y, p.labels.top);
+        open_frame(s, st.ZMIN, st.ZMAX, st.YMIN, st.YMAX, {p.labels.x, p.labels.y, p.labels.top});
         pg.pgsci(1);
         pg.pgline(NP, c.Z.data(), c.X.data());
         if (s.logo.COLOUR)

@@ -123,6 +123,12 @@ Points read_along_z(Session& s, PlotState& st, int N, const AlongZ& row) {
     return p;
 }
 
+void open_frame(Session& s, float ZMIN, float ZMAX, float YMIN, float YMAX, const AxisLabels& labels) {
+    s.pg.pgsci(1);
+    s.pg.pgenv(ZMIN, ZMAX, YMIN, YMAX, 0, 1);
+    s.pg.pglab(labels.x, labels.y, labels.top);
+}
+
 float upper_limit(float M) {
     return M + std::fabs(0.2f * M);
 }

@@ -139,6 +139,9 @@ struct Points {
 // `required`) exists and N is at least 1.
 Points read_along_z(Session& s, PlotState& st, int N, const AlongZ& row);
 
+// The frame with its labels, in colour index 1, inside the caller's bracket.
+void open_frame(Session& s, float ZMIN, float ZMAX, float YMIN, float YMAX, const AxisLabels& labels);
+
 // Upper end of a range: the value plus a fifth of its size.
 float upper_limit(float M);
 // Lower end of a range under `rule`, from the smallest value m.
