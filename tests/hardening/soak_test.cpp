@@ -43,15 +43,11 @@ struct TailBuf : std::streambuf {
     bool ends_with(std::string_view p) const { return std::string_view(tail).ends_with(p); }
 };
 
-const char* const kRuns[] = {"rfgun,001",
-                             "rfgun,002",
-                             "rfgun,003",
-                             "injector400,001",
-                             "xfel,001",
-                             "injector,001",
-                             "parallelBeam,001",
-                             "photogun_H=0.00097656_nx=ny=8_nz=64,001",
+// clang-format off
+const char* const kRuns[] = {"rfgun,001", "rfgun,002", "rfgun,003", "injector400,001", "xfel,001", "injector,001",
+                             "parallelBeam,001", "photogun_H=0.00097656_nx=ny=8_nz=64,001",
                              "photogun_H_max=1_H_min=1e-06_sc=0,001"};
+// clang-format on
 
 // Standard input that answers the prompt on show, as a user would; the same
 // prompt fifty times running is a loop, answered by end of input.
@@ -107,8 +103,6 @@ struct SoakPointer : ScriptedPointer {
         g.calls.shrink_to_fit();
         starts.clear();
         if (next == mark) rss_at_mark = resident_kib();
-        if (next % 1000 == 0 && std::getenv("SOAK_TRACE"))
-            std::cout << next << " clicks: " << resident_kib() << " KiB\n";
         return ScriptedPointer::pgband(mode, posn, xr, yr, x, y, ch);
     }
 };
