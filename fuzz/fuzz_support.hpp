@@ -3,11 +3,13 @@
 // whose console reads nothing and writes nowhere.
 #pragma once
 
+#include <fcntl.h>
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
+#include <map>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -28,10 +30,19 @@ inline const std::string& work_dir() {
     return dir;
 }
 
+// The input as the file `name` of the work directory. The file stays open
+// between inputs and is rewritten in place: an input costs no open.
 inline std::string write_file(const std::string& name, const std::uint8_t* data, std::size_t size) {
+    static std::map<std::string, int> open_files;
     const std::string path = work_dir() + "/" + name;
-    std::ofstream(path, std::ios::binary | std::ios::trunc)
-        .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
+    int& fd = open_files[name];
+    if (fd <= 0) fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+    if (fd < 0 || ::ftruncate(fd, 0) != 0) std::abort();
+    for (std::size_t done = 0; done < size;) {
+        const ssize_t n = ::pwrite(fd, data + done, size - done, static_cast<off_t>(done));
+        if (n <= 0) std::abort();
+        done += static_cast<std::size_t>(n);
+    }
     return path;
 }
 
