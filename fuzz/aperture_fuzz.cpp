@@ -4,7 +4,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace viewer;
-    const std::string path = fuzz::write_file("Geometry.dat", data, size);
+    const std::string path = fuzz::memory_file(data, size);
     fuzz::FuzzSession fs;
     try {
         load_geom_file(fs.s, path);

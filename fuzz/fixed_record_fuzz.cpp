@@ -6,7 +6,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace viewer;
-    const std::string path = fuzz::write_file("fixed.dat", data, size);
+    const std::string path = fuzz::memory_file(data, size);
     static TableFile f;  // its buffer serves every input
     if (!f.open(path)) return 0;
     float r[13];

@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <stdlib.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cstdint>
@@ -44,6 +45,19 @@ inline std::string write_file(const std::string& name, const std::uint8_t* data,
         done += static_cast<std::size_t>(n);
     }
     return path;
+}
+
+// The input as a file in memory, for targets that only read it: the path
+// opens the same memory, and no file system is touched.
+inline std::string memory_file(const std::uint8_t* data, std::size_t size) {
+    static const int fd = ::memfd_create("fuzz-input", MFD_CLOEXEC);
+    if (fd < 0 || ::ftruncate(fd, 0) != 0) std::abort();
+    for (std::size_t done = 0; done < size;) {
+        const ssize_t n = ::pwrite(fd, data + done, size - done, static_cast<off_t>(done));
+        if (n <= 0) std::abort();
+        done += static_cast<std::size_t>(n);
+    }
+    return "/proc/self/fd/" + std::to_string(fd);
 }
 
 // A session in the work directory; `input` answers its prompts.

@@ -5,8 +5,8 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace viewer;
-    fuzz::write_file("ref.dat", data, size);
-    fuzz::FuzzSession fs("ref.dat\n");
+    // Quoted, for a slash ends a free-form name.
+    fuzz::FuzzSession fs("'" + fuzz::memory_file(data, size) + "'\n");
     try {
         get_ref(fs.s, 1, 1);
     } catch (const ProgramStop&) {
