@@ -22,6 +22,9 @@ if [ ${#targets[@]} -eq 0 ]; then
 fi
 
 realdata=../shared/realdata
+# The table targets rewrite their run's files for every input: keep them in
+# memory where the system has a memory file system.
+if [ -z "${TMPDIR:-}" ] && [ -d /dev/shm ] && [ -w /dev/shm ]; then export TMPDIR=/dev/shm; fi
 work=$(mktemp -d /tmp/viewer-fuzz-XXXXXX)
 trap 'rm -rf "$work"' EXIT
 mkdir -p fuzz/found
