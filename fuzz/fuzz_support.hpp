@@ -21,14 +21,19 @@
 
 namespace viewer::fuzz {
 
-// One directory a process, made at the first call.
+// One directory a process, made at the first call. The name outlives the
+// static destructors, so the exit handler can still remove the directory.
 inline const std::string& work_dir() {
-    static const std::string dir = [] {
+    static const std::string* const dir = [] {
         std::string tmpl = (std::filesystem::temp_directory_path() / "viewer-fuzz-XXXXXX").string();
         if (!::mkdtemp(tmpl.data())) std::abort();
-        return tmpl;
+        std::atexit([] {  // a process that ends normally leaves nothing behind
+            std::error_code ignored;
+            std::filesystem::remove_all(work_dir(), ignored);
+        });
+        return new std::string(std::move(tmpl));
     }();
-    return dir;
+    return *dir;
 }
 
 // The input as the file `name` of the work directory. The file stays open
