@@ -12,10 +12,10 @@
 #include <filesystem>
 #include <string>
 
+#include "bench/null_graphics.hpp"
 #include "core/fortran_format.hpp"
 #include "core/records.hpp"
 #include "core/run_catalogue.hpp"
-#include "tests/support/null_graphics.hpp"
 
 extern char** environ;
 

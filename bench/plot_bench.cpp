@@ -14,10 +14,10 @@
 #include <streambuf>
 #include <string>
 
+#include "bench/null_graphics.hpp"
 #include "core/fortran_format.hpp"
 #include "core/session.hpp"
 #include "evolution/plots.hpp"
-#include "tests/support/null_graphics.hpp"
 #include "tests/support/recording_graphics.hpp"
 
 namespace {

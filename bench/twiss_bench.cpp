@@ -13,9 +13,9 @@
 #include <string>
 
 #include "analysis/plots.hpp"
+#include "bench/null_graphics.hpp"
 #include "core/fortran_format.hpp"
 #include "core/session.hpp"
-#include "tests/support/null_graphics.hpp"
 #include "tests/support/recording_graphics.hpp"
 
 namespace {

@@ -1,4 +1,4 @@
-// Stand-ins that do nothing, for benchmarks that measure the viewer's own
+// Stand-ins that do nothing, for the benchmarks that measure the viewer's own
 // share of a redraw: graphics that draw nowhere, and a console sink.
 #pragma once
 
