@@ -9,17 +9,10 @@ void RecordingGraphics::add(std::string name, std::vector<double> args, std::vec
     calls.push_back({std::move(name), std::move(args), std::move(texts), {}, {}, selected});
 }
 
-std::vector<const GraphicsCall*> RecordingGraphics::named(const std::string& name) const {
-    std::vector<const GraphicsCall*> out;
-    for (const auto& c : calls)
-        if (c.name == name) out.push_back(&c);
-    return out;
-}
-
 std::vector<const GraphicsCall*> RecordingGraphics::named_on(const std::string& name, int device) const {
     std::vector<const GraphicsCall*> out;
     for (const auto& c : calls)
-        if (c.name == name && c.device == device) out.push_back(&c);
+        if (c.name == name && (device < 0 || c.device == device)) out.push_back(&c);
     return out;
 }
 
@@ -45,35 +38,20 @@ void RecordingGraphics::pgend() {
     selected = 0;
 }
 void RecordingGraphics::pgenv(float a, float b, float c, float d, int j, int ax) {
-    win_[0] = a;
-    win_[1] = b;
-    win_[2] = c;
-    win_[3] = d;
+    win_ = {a, b, c, d};
     add("pgenv", {a, b, c, d, double(j), double(ax)});
 }
 void RecordingGraphics::pgswin(float a, float b, float c, float d) {
-    win_[0] = a;
-    win_[1] = b;
-    win_[2] = c;
-    win_[3] = d;
+    win_ = {a, b, c, d};
     add("pgswin", {a, b, c, d});
 }
 void RecordingGraphics::pgsvp(float a, float b, float c, float d) {
-    vp_[0] = a;
-    vp_[1] = b;
-    vp_[2] = c;
-    vp_[3] = d;
+    vp_ = {a, b, c, d};
     add("pgsvp", {a, b, c, d});
 }
-void RecordingGraphics::pgline(int n, const float* x, const float* y) {
-    add("pgline", {double(n)});
-    if (n > 0) {
-        calls.back().xs.assign(x, x + n);
-        calls.back().ys.assign(y, y + n);
-    }
-}
-void RecordingGraphics::pgpt(int n, const float* x, const float* y, int s) {
-    add("pgpt", {double(n), double(s)});
+void RecordingGraphics::add_points(std::string name, std::vector<double> args, int n, const float* x,
+                                   const float* y) {
+    add(std::move(name), std::move(args));
     if (n > 0) {
         calls.back().xs.assign(x, x + n);
         calls.back().ys.assign(y, y + n);
@@ -81,25 +59,18 @@ void RecordingGraphics::pgpt(int n, const float* x, const float* y, int s) {
 }
 void RecordingGraphics::pgqvp(int u, float& a, float& b, float& c, float& d) {
     // Inches on an 8 by 5.66 inch surface, as the plot window has.
-    float s = (u == 1) ? 8.0f : 1.0f;
-    a = vp_[0] * s;
-    b = vp_[1] * s;
-    c = vp_[2] * s;
-    d = vp_[3] * s;
+    const float s = (u == 1) ? 8.0f : 1.0f;
+    a = vp_[0] * s, b = vp_[1] * s, c = vp_[2] * s, d = vp_[3] * s;
     add("pgqvp", {double(u)});
 }
 void RecordingGraphics::pgqvsz(int u, float& a, float& b, float& c, float& d) {
-    a = 0;
-    c = 0;
+    a = c = 0;
     b = (u == 0) ? 1.0f : 8.0f;
     d = (u == 0) ? 1.0f : 5.656f;
     add("pgqvsz", {double(u)});
 }
 void RecordingGraphics::pgqwin(float& a, float& b, float& c, float& d) {
-    a = win_[0];
-    b = win_[1];
-    c = win_[2];
-    d = win_[3];
+    a = win_[0], b = win_[1], c = win_[2], d = win_[3];
     add("pgqwin", {});
 }
 

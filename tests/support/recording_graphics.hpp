@@ -2,6 +2,7 @@
 // arguments, and a pointer that answers from a script of clicks.
 #pragma once
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -29,8 +30,8 @@ public:
     int selected = 0;
     bool ended = false;
 
-    std::vector<const GraphicsCall*> named(const std::string& name) const;
-    std::vector<const GraphicsCall*> named_on(const std::string& name, int device) const;
+    std::vector<const GraphicsCall*> named(const std::string& name) const { return named_on(name, -1); }
+    std::vector<const GraphicsCall*> named_on(const std::string& name, int device) const;  // -1: any
     void clear() { calls.clear(); }
 
     int pgopen(const std::string& device) override;
@@ -52,8 +53,12 @@ public:
     void pgsubp(int nx, int ny) override { add("pgsubp", {double(nx), double(ny)}); }
     void pgpage() override { add("pgpage", {}); }
     void pgpanl(int ix, int iy) override { add("pgpanl", {double(ix), double(iy)}); }
-    void pgline(int n, const float* x, const float* y) override;
-    void pgpt(int n, const float* x, const float* y, int symbol) override;
+    void pgline(int n, const float* x, const float* y) override {
+        add_points("pgline", {double(n)}, n, x, y);
+    }
+    void pgpt(int n, const float* x, const float* y, int symbol) override {
+        add_points("pgpt", {double(n), double(symbol)}, n, x, y);
+    }
     void pgmove(float x, float y) override { add("pgmove", {x, y}); }
     void pgdraw(float x, float y) override { add("pgdraw", {x, y}); }
     void pgrect(float a, float b, float c, float d) override { add("pgrect", {a, b, c, d}); }
@@ -81,9 +86,9 @@ public:
 
 private:
     void add(std::string name, std::vector<double> args, std::vector<std::string> texts = {});
+    void add_points(std::string name, std::vector<double> args, int n, const float* x, const float* y);
     int next_id_ = 1;
-    float win_[4] = {0, 1, 0, 1};
-    float vp_[4] = {0, 1, 0, 1};
+    std::array<float, 4> win_{0, 1, 0, 1}, vp_{0, 1, 0, 1};
 };
 
 // Scripted pointer for tests: each click is a world position; a script that
