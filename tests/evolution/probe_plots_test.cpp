@@ -1,12 +1,11 @@
 // The probe plots over interleaved .track records, seen as the segments the
 // device receives (which points each probe joins, on which panel, in what
-// colour and style); their ranges, labels and overlay forms; real runs.
+// colour and style); their ranges, labels and overlay forms.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <filesystem>
 
 #include "evolution/plots.hpp"
 #include "tests/support/harness.hpp"
@@ -191,35 +190,4 @@ TEST_F(ProbePlots, RangesLabelsAndOverlay) {
     // The last case: a square cross section of 2.4 inches, 0.1 around zero.
     EXPECT_TRUE(window_is(*h.g.named("pgswin").at(0), -0.1f, 0.1f, -0.1f, 0.1f));
     EXPECT_EQ(h.g.named("pgvsiz").at(0)->args, (std::vector<double>{0.42f, 2.82f, 0.42f, 2.82f}));
-}
-
-// Whole sessions on the bundled run and every real run with a .track: rows
-// 14 to 16 draw their pages or, with no record, leave the page of row 1; with
-// the outline, row 18 draws row 16 again.
-TEST(ProbePlotSessions, BundledAndRealRunsDrawOrLeaveThePage) {
-    namespace fs = std::filesystem;
-    std::vector<std::tuple<fs::path, std::string, std::size_t>> runs{
-        {fs::path(VIEWER_SOURCE_DIR) / "examples", "rfgun", 16}};
-    for (const auto& d : fs::directory_iterator(fs::path(VIEWER_SOURCE_DIR) / ".." / "shared" / "realdata"))
-        for (const auto& e : d.is_directory() ? fs::directory_iterator(d.path()) : fs::directory_iterator())
-            if (auto p = e.path().filename().string().find(".track."); p != std::string::npos)
-                runs.emplace_back(d.path(), e.path().filename().string().substr(0, p),
-                                  fs::file_size(e) ? 6u : 1u);
-    EXPECT_GE(runs.size(), 3u);
-    for (const auto& [dir, project, frames] : runs) {
-        Harness h;
-        for (const auto& e : fs::directory_iterator(dir))
-            fs::copy_file(e.path(), h.dir.file(e.path().filename().string()));
-        h.picks({1, 14, 15, 16});
-        if (frames == 16) h.picks({18, 14, 15, 16});
-        h.row(25);
-        EXPECT_EQ(h.run({project + ",1"}), 0);
-        EXPECT_EQ(h.console().find("Error"), std::string::npos) << h.console();
-        const int plot = h.session().window.PLOT_DEVICE;
-        EXPECT_EQ(h.g.named_on("pgenv", plot).size(), frames) << dir;
-        std::size_t drawn = 0, finite = 0;
-        for (auto* line : h.g.named_on("pgline", plot))
-            for (float y : line->ys) drawn++, finite += std::isfinite(y);
-        EXPECT_TRUE(finite == drawn && (drawn > 0) == (frames > 1)) << dir;
-    }
 }
