@@ -1,71 +1,95 @@
-// The run load: existence flags, priorities, counts, and the failures.
+// The run named on the command line and the tables loaded for it.
 #include "app/run_load.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <fstream>
+#include <sstream>
 
+#include "app/startup.hpp"
 #include "tests/support/harness.hpp"
 
 using namespace viewer;
+using viewer::testing::emit_table;
 using viewer::testing::fixed_record;
 using viewer::testing::Harness;
 
-namespace {
+TEST(RunLoad, ArgumentForms) {
+    struct Case {
+        const char *fname, *project, *run;
+        const char* complaint;  // the field that is no run number, or null
+    };
+    const Case cases[] = {
+        {"rfgun.", "rfgun", ".001", nullptr},
+        {"rfgun,7", "rfgun", ".007", nullptr},
+        {"rfgun.,12", "rfgun", ".012", nullptr},
+        {"rfgun,0123", "rfgun", ".012", nullptr},  // only three characters behind the comma count
+        {"a.b,3", "a.b", ".003", nullptr},         // an inner dot stays
+        {"photogun_H=0.00097656_nx=ny=8_nz=64,1", "photogun_H=0.00097656_nx=ny=8_nz=64", ".001", nullptr},
+        {",5", "", ".005", nullptr},                // an empty project: names begin with the suffix
+        {"  other,3", "other", ".003", nullptr},    // typed with leading blanks
+        {"rfgun 12", "rfgun", ".001", nullptr},     // the project ends at the first blank
+        {"my proj,3", "my proj", ".003", nullptr},  // before a comma the blanks stay
+        {"rfgun,999", "rfgun", ".999", nullptr},
+        {"rfgun,000", "rfgun", ".000", nullptr},  // run 0 still writes as three digits
+        {"rfgun,abc", "rfgun", ".001", "abc"},
+        {"rfgun,", "rfgun", ".001", ""},
+        {"rfgun,-5", "rfgun", ".001", "-5"},
+    };
+    for (const Case& c : cases) {
+        Harness h;
+        Session& s = h.session();
+        s.FNAME = c.fname;
+        parse_arguments(s);
+        EXPECT_EQ(s.chara.PROJECT, c.project) << c.fname;
+        EXPECT_EQ("." + run_digits(s.RUN_NUMBER), c.run) << c.fname;
+        EXPECT_EQ(s.chara.RUN, c.run) << c.fname;
+        EXPECT_EQ(h.console(), c.complaint ? "\n     Run number not understood: \"" +
+                                                 std::string(c.complaint) + "\", run 001 is used\n"
+                                           : "");
+    }
+}
 
-struct RunLoad : ::testing::Test {
+TEST(RunLoad, WhatCountsAsDataAndWhichTableTakesAUnit) {
+    struct Case {
+        const char* kinds;  // tables of p, run 001, the i-th holding the number i
+        bool data;
+        int pages, unit;  // and the number first read on that unit
+        float first;
+    };
+    const Case cases[] = {
+        {"", false, 4, 0, 0},
+        {"Xemit", false, 4, 10, 1},  // .Xemit alone is no data
+        {"lab lab-E Sigma Xemit2 Yemit2 Zemit2", false, 5, 0, 0},
+        {"Xemit Yemit", true, 4, 11, 2},
+        // .Sub_emit before .Cr_emit on unit 19; .C99emit takes unit 23 over from .Cemit
+        {"Cr_emit Sub_emit Cemit C99emit", true, 4, 23, 4},
+        {"Cr_emit Sub_emit", true, 4, 19, 2},
+        {"Cr_emit", true, 4, 19, 1},
+    };
+    for (const Case& c : cases) {
+        Harness h;
+        Session& s = h.session();
+        s.chara.PROJECT = "p";
+        s.chara.RUN = ".001";
+        std::istringstream kinds(c.kinds);
+        int i = 0;
+        for (std::string k; kinds >> k;) h.dir.write("p." + k + ".001", fixed_record({++i + 0.0}));
+        EXPECT_EQ(load_run(s), c.data) << c.kinds;
+        EXPECT_EQ(s.window.N_PAGES, c.pages) << c.kinds;
+        EXPECT_FALSE(s.fexist.Cr_emit_EXISTS && s.fexist.Sub_emit_EXISTS);
+        float first = 0;
+        EXPECT_EQ(c.unit && read_fixed(s.unit(c.unit), std::span<float>(&first, 1)), c.unit > 0) << c.kinds;
+        EXPECT_EQ(first, c.first) << c.kinds;
+    }
+}
+
+TEST(RunLoad, CountsAreKeptFromTheRunThatHadThem) {
     Harness h;
     Session& s = h.session();
-    void SetUp() override { run("p"); }
-    void run(const std::string& project, const std::string& run = ".001") {
-        s.chara.PROJECT = project;
-        s.chara.RUN = run;
-    }
-    // The first field of the next record on `unit`.
-    float first_on(int unit) {
-        float r[8] = {};
-        EXPECT_TRUE(read_fixed(s.unit(unit), std::span<float>(r, unit == 23 ? 1 : 8)));
-        return r[0];
-    }
-};
-
-}  // namespace
-
-TEST_F(RunLoad, WhatCountsAsData) {
-    EXPECT_FALSE(load_run(s));  // nothing at all
-    h.dir.write("p.Xemit.001", viewer::testing::emit_table(3));
-    EXPECT_FALSE(load_run(s));  // .Xemit alone is not data
-    EXPECT_TRUE(s.fexist.Xemit_EXISTS);
-    EXPECT_TRUE(s.unit(10).is_open());
-    for (const char* only : {".lab", ".lab-E", ".Sigma", ".Xemit2", ".Yemit2", ".Zemit2"})
-        h.dir.write(std::string("p") + only + ".001", "1 2 3\n");
-    EXPECT_FALSE(load_run(s));
-    EXPECT_TRUE(s.fexist.Sigma_EXISTS);
-    EXPECT_EQ(s.window.N_PAGES, 5);
-    h.dir.write("p.Yemit.001", viewer::testing::emit_table(3));
-    EXPECT_TRUE(load_run(s));
-    EXPECT_TRUE(s.unit(11).is_open());
-}
-
-TEST_F(RunLoad, PrioritiesOfSharedUnits) {
-    h.dir.write("p.Cr_emit.001", fixed_record({1, 0, 0, 0, 0, 0, 0, 7}));
-    h.dir.write("p.Sub_emit.001", fixed_record({2, 0, 0, 0, 0, 0, 0, 9}));
-    h.dir.write("p.Cemit.001", fixed_record({3}));
-    h.dir.write("p.C99emit.001", fixed_record({4}));
-    ASSERT_TRUE(load_run(s));
-    EXPECT_TRUE(s.fexist.Sub_emit_EXISTS && s.fexist.Cemit_EXISTS && s.fexist.C99emit_EXISTS);
-    EXPECT_FALSE(s.fexist.Cr_emit_EXISTS);
-    EXPECT_EQ(first_on(19), 2.0f);  // .Sub_emit on unit 19
-    EXPECT_EQ(first_on(23), 4.0f);  // .C99emit on unit 23
-
-    std::filesystem::remove(h.dir.file("p.Sub_emit.001"));
-    ASSERT_TRUE(load_run(s));
-    EXPECT_TRUE(s.fexist.Cr_emit_EXISTS);
-    EXPECT_EQ(first_on(19), 1.0f);
-}
-
-TEST_F(RunLoad, CountsAndTheirMemory) {
+    s.chara.PROJECT = "p";
+    s.chara.RUN = ".001";
     h.dir.write("p.ref.001", "0 0 1 2 3 4 5\n\n   \n0.1 0 1 2 3 4 5\n0.2,0,1,2,3,4,5\n");
     h.dir.write("p.tcheck.001", "");
     h.dir.write("p.Scan.001", "1 2 3 4 5 6 7 8 9 10 11 12\n");
@@ -76,21 +100,14 @@ TEST_F(RunLoad, CountsAndTheirMemory) {
     EXPECT_EQ((std::vector<int>{s.R_PKT, s.T_PKT, s.S_PKT, s.E_PKT, s.C_PKT}),
               (std::vector<int>{3, 0, 1, 2, 1}));
 
-    run("p", ".002");
-    h.dir.write("p.Zemit.002", viewer::testing::emit_table(2));
+    s.chara.RUN = ".002";
+    h.dir.write("p.Zemit.002", emit_table(2));
     ASSERT_TRUE(load_run(s));
     EXPECT_FALSE(s.fexist.ref_EXISTS);
-    EXPECT_EQ(s.R_PKT, 3);  // kept from the run that had it
-    EXPECT_EQ(s.window.N_PAGES, 4);
-
-    run("");  // an empty project: names begin with the suffix
-    h.dir.write(".Zemit.001", viewer::testing::emit_table(2));
-    EXPECT_TRUE(load_run(s));
+    EXPECT_EQ(s.R_PKT, 3);
     close_all(s);
     for (auto& u : s.units) EXPECT_FALSE(u.is_open());
-}
 
-TEST_F(RunLoad, GetSizeOfBinaryAndBrokenFiles) {
     {
         std::ofstream out(h.dir.file("bin.dat"), std::ios::binary);
         for (int rec = 0; rec < 3; ++rec) {  // an H in the first item marks a file that is not text
