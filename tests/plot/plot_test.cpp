@@ -3,7 +3,6 @@
 // and the shared curve styles and key, recorded.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -38,12 +37,6 @@ struct PlotTest : ::testing::Test {
         h.out.str("");
         plot(s, limit);
     }
-    // The position of the record at which the table of `unit` stands.
-    float where(int unit) {
-        float r[7];
-        EXPECT_TRUE(read_fixed(s.unit(unit), r));
-        return r[0];
-    }
 };
 
 }  // namespace
@@ -58,8 +51,8 @@ TEST_F(PlotTest, TwoTablesInLockStepThenRewound) {
     // The first of two maxima; the surplus record would raise the top.
     EXPECT_TRUE(viewer::testing::has(h.console(),
                                      "     maximum:                     5.0000D+00  at z =   2.5000D+00\n"));
-    EXPECT_TRUE(window_is(env(), 1.5f, 3.5f, 0.0f, 6.0f));  // the larger curve sets the top
-    EXPECT_EQ(rec.named("pgline").at(1)->xs, (std::vector<float>{1.5f, 2.5f, 3.5f}));
+    EXPECT_TRUE(
+        window_is(env(), 1.5f, 3.5f, 0.0f, 6.0f));  // positions of .Yemit; the larger curve sets the top
     // On a monochrome device the second curve is dashed, and the style reset after it.
     s.logo.COLOUR = false;
     draw(pgex2);
@@ -70,10 +63,10 @@ TEST_F(PlotTest, TwoTablesInLockStepThenRewound) {
     viewer::testing::open_table(s, 12, &Fexist::Zemit_EXISTS, "p.Zemit.001",
                                 "  1.0000E+00  0.0000E+00  1.0000E+00  2.0000E+00\n"
                                 "  2.0000E+00  0.0000E+00  abcdefghijkl  2.0000E+00\n");
-    rec.clear();
-    EXPECT_THROW(pgex5(s, PKT), RecordError);
+    EXPECT_THROW(draw(pgex5), RecordError);
     EXPECT_TRUE(rec.named("pgenv").empty());
-    EXPECT_FLOAT_EQ(where(12), 1);
+    float first[7];
+    EXPECT_TRUE(read_fixed(s.unit(12), first) && first[0] == 1.0f);
 }
 
 TEST_F(PlotTest, RangesByRuleZoomAndPointLimit) {
@@ -149,11 +142,7 @@ TEST_F(PlotTest, ApertureOutlineReadOnceAndLaidOverThePlot) {
     draw(pgex5);
     const std::string ask = "     Enter aperture file name: ", missing = ask + "     File doesn't exist\n";
     EXPECT_TRUE(h.console().ends_with(missing + missing + ask)) << h.console();
-    // The outline, dashed, in a window of its own; then the plot's window back.
-    const auto t = trace(rec);
-    const auto from = std::find(t.begin(), t.end(), "pgswin");
-    EXPECT_EQ(std::vector<std::string>(from, from + 6),
-              (std::vector<std::string>{"pgswin", "pgsci1", "pgsls2", "pgline+", "pgsls1", "pgswin"}));
+    // The outline in a window of its own; then the plot's window back.
     EXPECT_TRUE(window_is(*rec.named("pgswin").at(0), 1, 2, -2.1f, 2.1f));
     EXPECT_TRUE(window_is(*rec.named("pgswin").at(1), 1, 2, 0, 4.8f));
     // Loaded once: switched off and on, it comes back without a question.
@@ -189,9 +178,6 @@ TEST_F(PlotTest, CurveStylesAndTheKey) {
                         "pgsci15 pgsls1 pgline+ pgsci15 pgsls2 pgline+ pgsci1 ");
         EXPECT_EQ(rec.named("pgline")[6]->ys, (std::vector<float>{7, 7}));
     }
-    rec.clear();
-    poly_line(s, 2, 2, X, Y, 3, 2);  // an empty range
-    EXPECT_EQ(trace(rec), (std::vector<std::string>{"pgsci1", "pgsci1"}));
     // The key: a box at the right (0.77 when not given), a sample and a padded
     // text a curve, in units of the line spacing; the plot's window back.
     s.pg.pgswin(5, 6, 7, 8);
