@@ -13,23 +13,23 @@
 
 namespace viewer::testing {
 
+// A plot as a row of a table calls it; the others are wrapped in a lambda.
+using Plot = void (*)(Session&, int);
+
 struct PlotTest : ::testing::Test {
     Harness h;
     Session& s = h.session();
     RecordingGraphics& rec = h.g;
 
-    // A fresh record and console for the next drawing.
-    void clear() {
+    // Draws anew with a clean record and console.
+    void draw(Plot plot, int selection = 0, int N = PKT) {
         rec.clear();
         h.out.str("");
-    }
-    void draw(void (*plot)(Session&, int), int selection = 0, int N = PKT) {
-        clear();
         if (selection) s.window.SELECTION = selection;
         plot(s, N);
     }
     void draw(void (*plot)(Session&)) {
-        clear();
+        draw(+[](Session&, int) {});
         plot(s);
     }
     void zoom_z(bool on, float lower = 10, float upper = 20) {

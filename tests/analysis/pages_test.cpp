@@ -3,6 +3,7 @@
 // and the rows with tables draw curves.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <memory>
@@ -16,11 +17,6 @@ using namespace viewer::testing;
 namespace fs = std::filesystem;
 
 namespace {
-
-const fs::path kRealData = fs::path(VIEWER_SOURCE_DIR) / ".." / "shared" / "realdata";
-
-const std::set<Kind> kPageFour = {Kind::Xemit2,  Kind::Yemit2,  Kind::Zemit2,   Kind::TRemit, Kind::Cemit,
-                                  Kind::C99emit, Kind::Cr_emit, Kind::Sub_emit, Kind::Cathode};
 
 // Copies the tables in `from`, draws every row of `page` (both columns of
 // page 3), then the rows `then`, and ends.
@@ -47,16 +43,18 @@ void check_pages(const fs::path& from, const std::string& project, const std::st
         if (k && name.substr(name.size() - 3) == run && fs::file_size(e.path()) > 0) kinds.insert(k->kind);
     }
     auto has = [&](Kind k) { return kinds.count(k) > 0; };
-    bool four = false;
-    for (Kind k : kPageFour) four = four || has(k);
+    const Kind four[] = {Kind::Xemit2,  Kind::Yemit2,  Kind::Zemit2,   Kind::TRemit, Kind::Cemit,
+                         Kind::C99emit, Kind::Cr_emit, Kind::Sub_emit, Kind::Cathode};
     // Two curves a Twiss row, five scaling factors, a curve a scan.
     const int two = 8 * has(Kind::Zemit) + 5 * has(Kind::tcheck) + 4 * has(Kind::PScan);
     const struct {
         int page;
         int frames;  // a row without its tables draws an empty frame
         int least;   // curves of more than one point
-    } pages[] = {
-        {2, 14, two}, {3, 11 + 11 * has(Kind::Error), 11 * has(Kind::Scan)}, {4, 17, four}, {5, 5, 1}};
+    } pages[] = {{2, 14, two},
+                 {3, 11 + 11 * has(Kind::Error), 11 * has(Kind::Scan)},
+                 {4, 17, std::any_of(std::begin(four), std::end(four), has)},
+                 {5, 5, 1}};
     for (const auto& p : pages) {
         if (p.page == 5 && !has(Kind::Sigma)) continue;  // no such page
         SCOPED_TRACE(::testing::Message() << from << " " << project << run << " page " << p.page);
@@ -86,21 +84,19 @@ TEST(Pages, EveryRowOfPagesTwoToFiveOnTheBundledAndRealRuns) {
     const auto h = walk(examples, "rfgun,1", 3, {15, 16}, "5\nMy title\nx label\ny label\n");
     const int device = h->session().window.PLOT_DEVICE;
     EXPECT_EQ(count_of(h->console(), "     number of runs:     40\n"), 13u);
-    // Err. FOM(9) is the same in every run: one bar.
-    EXPECT_NE(h->console().find("     average value:    9.9940E+01\n     rms value:        0.0000E+00\n"),
-              std::string::npos);
+    // Err. FOM(9) is the same in every run: one bar; the last drawing has five.
     EXPECT_EQ(h->g.named_on("pgrect", device).size(), 2u * (10 * 10 + 1 + 5 + 5));
     EXPECT_EQ(h->g.named_on("pglab", device).back()->texts,
               (std::vector<std::string>{pad("x label", 80), pad("y label", 80), pad("My title", 80)}));
 
-    if (!fs::is_directory(kRealData)) GTEST_SKIP() << "no real run tables at " << kRealData;
-    for (const auto& dir : fs::directory_iterator(kRealData)) {
+    const fs::path real = fs::path(VIEWER_SOURCE_DIR) / ".." / "shared" / "realdata";
+    if (!fs::is_directory(real)) GTEST_SKIP() << "no real run tables at " << real;
+    for (const auto& dir : fs::directory_iterator(real)) {
         if (!dir.is_directory()) continue;
         for (const auto& e : fs::directory_iterator(dir.path())) {
-            const std::string name = e.path().filename().string();
-            if (const RunKind* k = kind_of_stem(name.substr(0, name.size() - 4))) {
-                check_pages(dir.path(), name.substr(0, name.size() - 4 - std::string(k->suffix).size()),
-                            "001");
+            const std::string stem = e.path().stem().string();
+            if (const RunKind* k = kind_of_stem(stem)) {
+                check_pages(dir.path(), stem.substr(0, stem.size() - std::string(k->suffix).size()), "001");
                 break;
             }
         }
