@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -52,11 +53,16 @@ struct PlotTest : ::testing::Test {
         for (auto* t : rec.named("pgtext")) k.emplace_back(trim_right(t->texts.at(0)));
         return k;
     }
-    // The first ordinate of every curve.
-    std::vector<float> first_points() const {
-        std::vector<float> v;
-        for (auto* l : rec.named("pgline")) v.push_back(l->ys.empty() ? NAN : l->ys[0]);
-        return v;
+    // A drawing in one line: the window, the first ordinate of every curve,
+    // the number of keys and the left edge of their box, and the title.
+    std::string summary() const {
+        std::ostringstream o;
+        const auto& w = env().args;
+        o << "[" << float(w[0]) << " " << float(w[1]) << " " << float(w[2]) << " " << float(w[3]) << "]";
+        for (auto* l : rec.named("pgline")) o << " " << (l->ys.empty() ? NAN : l->ys[0]);
+        if (!rec.named("pgtext").empty()) o << " keys " << keys().size() << " at " << key_box();
+        o << " | " << trim_right(labels()[2]);
+        return o.str();
     }
 };
 
