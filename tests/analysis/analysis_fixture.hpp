@@ -54,12 +54,18 @@ struct PlotTest : ::testing::Test {
         return k;
     }
     // A drawing in one line: the window, the first ordinate of every curve,
-    // the number of keys and the left edge of their box, and the title.
+    // the ordinates of the marks and their symbol, the number of keys and the
+    // left edge of their box, and the title.
     std::string summary() const {
         std::ostringstream o;
         const auto& w = env().args;
         o << "[" << float(w[0]) << " " << float(w[1]) << " " << float(w[2]) << " " << float(w[3]) << "]";
         for (auto* l : rec.named("pgline")) o << " " << (l->ys.empty() ? NAN : l->ys[0]);
+        for (auto* p : rec.named("pgpt")) {
+            o << " marks";
+            for (float y : p->ys) o << " " << y;
+            o << " symbol " << p->args.back();
+        }
         if (!rec.named("pgtext").empty()) o << " keys " << keys().size() << " at " << key_box();
         o << " | " << trim_right(labels()[2]);
         return o.str();

@@ -67,47 +67,6 @@ TEST(ScanCounting, BlocksPointsAndRangesOnTheEdgeCases) {
     EXPECT_TRUE(std::isinf(count_scans(repeated, ScanOrdinate::slope, {}).EMAX));
 }
 
-using ScanPlots = PlotTest;
-
-TEST_F(ScanPlots, EnergyOnEachScansPhasesTheOthersOnTheLastScansKeysAndFit) {
-    // Scan 2, cut after 100 records, stands half a degree later: only pgex201 shows it.
-    std::vector<std::vector<float>> rows;
-    for (const PScanRow& p : scans(2, 100))
-        rows.push_back({p.PHASE + (p.COMPRESS > 1) * 0.5f, p.E_MEAN, p.COMPRESS, 2});
-    table(20, &Fexist::PScan_EXISTS, "p.PScan.001", rows);
-    s.logo.FIT_REQUESTED = s.logo.TO_FILE = true;
-    s.plot(201).ID_F = 3;  // a straight line: the first scan's energies over the last scan's phases
-    pgex201(s, 500, 360);
-    EXPECT_TRUE(has(console(), "b  =  " + fmt_d(1.0)));
-    EXPECT_TRUE(has(console(), "a  =  " + fmt_d(999.5)));
-    s.logo.FIT_REQUESTED = false;
-    const struct {
-        void (*plot)(Session&, int, int);
-        float x0, lo, hi;  // the first phase of scan 1, the ordinate range
-    } members[] = {{pgex201, 1, 0, 1.2f * 2100}, {pgex203, 1.5f, 0.8f, 2.4f}, {pgex204, 1.5f, 1.8f, 4.2f}};
-    for (const auto& m : members) {
-        rec.clear();
-        m.plot(s, 500, 360);
-        const auto lines = rec.named("pgline");
-        ASSERT_GE(lines.size(), 2u);
-        EXPECT_EQ(lines[0]->xs.size(), 100u);
-        EXPECT_EQ(std::pair(lines[0]->xs[0], lines[1]->xs[0]), std::pair(m.x0, 1.5f));
-        EXPECT_TRUE(window_is(env(), 1, 360, m.lo, m.hi));
-        EXPECT_EQ(keys(), (std::vector<std::string>{"Scan No.01", "Scan No.02"}));
-        EXPECT_EQ(key_box(), 0.81f);
-    }
-    // One scan has no key; an empty table opens the frame on the start values.
-    table(20, &Fexist::PScan_EXISTS, "q.PScan.001", {{1, 1, 1, 1}});
-    rec.clear();
-    pgex202(s, 500, 360);
-    EXPECT_TRUE(rec.named("pgtext").empty());
-    open_table(s, 20, &Fexist::PScan_EXISTS, "r.PScan.001", "");
-    rec.clear();
-    pgex201(s, 500, 360);
-    EXPECT_TRUE(rec.named("pgline").empty());
-    EXPECT_TRUE(window_is(env(), 1e10f, -1e10f, 0, -8e9f));
-}
-
 namespace {
 
 struct ParameterScan : PlotTest {

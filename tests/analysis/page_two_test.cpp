@@ -1,0 +1,166 @@
+// Page two: the phase scans, the bars of .LandF, the space-charge plots of
+// .tcheck, the Twiss functions and the coherence length. The Twiss
+// functions against values known in closed form, then every plot recorded.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "analysis/twiss.hpp"
+#include "tests/analysis/analysis_fixture.hpp"
+
+using namespace viewer;
+using namespace viewer::testing;
+
+TEST(TwissFunctions, BetaAlphaPhaseAdvanceAndGammaBetaFromTheEnergy) {
+    const std::vector<BeamStep> plain = {{0, 2, 4, 0.5f, 1, 0, 0, 0}, {1, 3, 9, -1, 2, 2, 0.25f, 0}};
+    const struct {
+        TwissFunction f;
+        std::vector<BeamStep> steps;
+        std::vector<float> x, y;
+        float GAMBET;  // after the call; 2 before it
+    } cases[] = {
+        // beta = size^2 * beta gamma / emittance; no emittance, no beta; no
+        // positive energy keeps beta gamma from an earlier call.
+        {TwissFunction::beta, plain, {2, 2}, {0, 4}, 2},
+        {TwissFunction::alpha, plain, {-0.5f, 2.0f / 3}, {0, -0.5f}, 2},
+        // Kinetic energy of gamma = sqrt(2) gives beta gamma = 1.
+        {TwissFunction::beta, {{0, 1, 1, 0, 1, 1, 0, 0.511f * (std::sqrt(2.0f) - 1)}}, {1}, {1}, 1},
+    };
+    for (const auto& c : cases) {
+        float GAMBET = 2;
+        const TwoCurves t = twiss_functions(c.steps, c.f, GAMBET);
+        EXPECT_NEAR(GAMBET, c.GAMBET, 1e-5f);
+        for (std::size_t i = 0; i < c.x.size(); ++i)
+            EXPECT_TRUE(std::fabs(t.X.at(i) - c.x[i]) < 1e-5f && std::fabs(t.Y.at(i) - c.y[i]) < 1e-5f) << i;
+    }
+    // Phase advance of beta 2 m in x, 0.5 m in y: integrated from 0 over the
+    // first interval, so the line starts half a step late; a step without
+    // emittance in x adds nothing there.
+    std::vector<BeamStep> steps;
+    const float dz = 0.01f;
+    for (int i = 0; i <= 200; ++i) steps.push_back({i * dz, 2, i == 100 ? 0.0f : 2.0f, 0, 1, 2, 0, 0});
+    float GAMBET = 1;
+    const TwoCurves t = twiss_functions(steps, TwissFunction::phase_advance, GAMBET);
+    EXPECT_EQ(std::pair(t.X[0], t.Y[0]), std::pair(0.0f, 0.0f));
+    for (int i : {1, 50, 99, 100, 200}) {
+        const double z = i * dz - dz / 2, lost = i >= 100 ? dz : 0;  // the flat step
+        EXPECT_NEAR(t.X[i], (z - lost) / 2 * 57.29578, 1e-3) << i;
+        EXPECT_NEAR(t.Y[i], z / 0.5 * 57.29578, 1e-3) << i;
+    }
+}
+
+namespace {
+
+struct PageTwo : PlotTest {
+    // .LandF: z, particles, charge, loss, deposition, loading; the second record at z = 1 is dropped.
+    // .tcheck: records without scaling data (NR_R 0) count for nothing, their clock neither.
+    // Steps of z, x size, x emittance, y size, y emittance, energy 0; the step at z = 2 has an
+    // emittance too small to count, in x only: it goes in both planes.
+    // Two phase scans, the second cut after 100 records and half a degree later.
+    PageTwo() {
+        table(17, &Fexist::LandF_EXISTS, "p.LandF.001",
+              {{0, 9, 1, 0, 0, 0}, {1, 9, 1, 2, 1, -3}, {1, 9, 1, 100, 100, 100}, {3, 9, 1, 6, 2, 4}});
+        open_table(s, 14, &Fexist::tcheck_EXISTS, "p.tcheck.001",
+                   "0.0 1.0 0 0 0 0 0 0\n0.1 2.0 1 2 3 4 5 1\n0.2 3.0 0 0 0 0 0 0\n0.3 6.0 2 1 1 1 1 3\n");
+        std::vector<std::vector<float>> x, y, z, scans;
+        for (const auto& r :
+             std::vector<std::vector<float>>{{1, 2, 4, 1, 1}, {2, 1, 1e-31f, 1, 1}, {3, 3, 9, 2, 2}}) {
+            x.push_back({r[0], 0, 0, r[1], 0, r[2], 0});
+            y.push_back({r[0], 0, 0, r[3], 0, r[4], 0});
+            z.push_back({r[0], 0, 0, 0, 0, 0, 0});
+        }
+        table(10, &Fexist::Xemit_EXISTS, "p.Xemit.001", x);
+        table(11, &Fexist::Yemit_EXISTS, "p.Yemit.001", y);
+        table(12, &Fexist::Zemit_EXISTS, "p.Zemit.001", z);
+        for (int j = 1; j <= 2; ++j)
+            for (int k = 1; k <= (j == 2 ? 100 : 360); ++k)
+                scans.push_back({k + (j - 1) * 0.5f, 1000.0f * j + k, float(j), 2});
+        table(20, &Fexist::PScan_EXISTS, "p.PScan.001", scans);
+        s.page2.GAMBET = 2;  // left by an earlier call
+        s.logo.COLOUR = true;
+    }
+};
+
+const Plot phases[] = {
+    +[](Session& s, int) { pgex201(s, 500, 360); }, +[](Session& s, int) { pgex202(s, 500, 360); },
+    +[](Session& s, int) { pgex203(s, 500, 360); }, +[](Session& s, int) { pgex204(s, 500, 360); }};
+
+}  // namespace
+
+TEST_F(PageTwo, EveryPlotItsRangesKeysAndStatistics) {
+    const struct {
+        Plot plot;
+        int selection;
+        float lower, upper;  // zoom window; none when equal
+        const char* summary;
+        std::string console;
+    } rows[] = {
+        // clang-format off
+        // Energy on each scan's phases, the others on the last scan's.
+        {phases[0], 0, 0, 0, "[1 360 0 2520] 1001 2001 keys 2 at 0.81 | Energy vs. Phase", ""},
+        {phases[2], 0, 0, 0, "[1 360 0.8 2.4] 1 2 keys 2 at 0.81 | Compression factor vs. Phase", ""},
+        {phases[3], 0, 0, 0, "[1 360 1.8 4.2] 2 4 keys 2 at 0.81 | Compression factor vs. Phase", ""},
+        // The last height counts twice in the average; the right edge of the last bar closes the range.
+        {pgex205, 0, 0, 0, "[0 3 0 3.6] | Particle loss vs. z", stats(kOneCurve, 0, 3, 2, 0, 3, 1, 8.0f / 3)},
+        {pgex207, 0, 0, 0, "[0 3 -3.6 2.4] | Energy transfer to the beam", stats(kOneCurve, 0, 3, -3, 0, 2, 1, 1.0f / 3)},
+        // The first record inside the window is the start and makes no bar.
+        {pgex206, 0, 0.5f, 5, "[1 3 0 1.2] | Energy deposition due to particle loss", stats(kOneCurve, 1, 3, 1, 1, 1, 1, 1)},
+        // No bar: nothing is reported, and the frame opens around the start.
+        {pgex205, 0, 0.5f, 2, "[0.9 1.1 -0.1 0.1] | Particle loss vs. z", ""},
+        {pgex209, 0, 0, 0, "[0.1 0.3 0.95 5.25] 1 2 3 4 5 keys 5 at 0.77 | Scaling factors for space charge field", ""},
+        {pgex210, 0, 0, 0, "[0.1 0.3 0 3.15] marks 1 3 symbol 12 | Scaling counter between space charge field", ""},
+        // (6 - 2) / (3 + 1)
+        {pgex211, 0, 0, 0, "[0.27 0.33 0 1.05] marks 1 symbol 5 | averaged time step for space charge calculation", ""},
+        {pgex212, 12, 0, 0, "[1 3 0 4.8] 2 2 keys 2 at 0.86 | \\gb functions", stats(kBlack, 2, 2, 2, 1, 2, 1, 2) + stats(kRed, 2, 4, 2, 1, 4, 3, 3)},
+        {pgex215, 0, 0, 0, "[1 3 0 0.456] 0.19 0.38 | \\fi coherence length",
+         stats(kBlack, 0.19f, 0.38f / 3, 0.38f / 3, 3, 0.19f, 1, (0.19f + 0.38f / 3) / 2) + stats(kRed, 0.38f, 0.38f, 0.38f, 1, 0.38f, 1, 0.38f)},
+        // clang-format on
+    };
+    for (const auto& r : rows) {
+        zoom_z(r.lower != r.upper, r.lower, r.upper);
+        draw(r.plot, r.selection, 10);
+        EXPECT_EQ(summary(), r.summary);
+        EXPECT_EQ(console(), r.console);
+    }
+    EXPECT_EQ(first("pgline").xs[0], 1);
+    draw(phases[2]);
+    EXPECT_EQ(first("pgline").xs[0], 1.5f);
+}
+
+TEST_F(PageTwo, BarsFitsOutlinesAndEmptyTables) {
+    for (bool colour : {true, false}) {  // bars filled, then outlined
+        s.logo.COLOUR = colour;
+        draw(pgex207);
+        std::vector<std::vector<double>> want = {{0, 1, -3, 0}, {1, 3, 2, 0}, {0, 1, -3, 0}, {1, 3, 2, 0}},
+                                         got;
+        for (const GraphicsCall* r : rec.named("pgrect")) got.push_back(r->args);
+        EXPECT_EQ(got, want);
+        EXPECT_EQ(std::pair(first("pgsfs").args[0], rec.named("pgsci")[1]->args[0]),
+                  colour ? std::pair(1.0, 2.0) : std::pair(3.0, 1.0));
+    }
+    s.geometry = {{1.0f, 3.0f}, {2.0f, 4.0f}, 1.0f, 3.0f, 4.0f, 2};
+    s.logo.GEOMETRY_LOADED = s.logo.WITH_GEOMETRY = true;
+    draw(pgex212, 12);
+    const auto t = trace(rec);  // the mirrored outline before the key
+    EXPECT_LT(std::find(t.begin(), t.end(), "pgline-"), std::find(t.begin(), t.end(), "pgtext"));
+
+    // A straight line through the first scan's energies over the last scan's phases.
+    s.logo.FIT_REQUESTED = s.logo.TO_FILE = true;
+    s.plot(201).ID_F = 3;
+    draw(phases[0]);
+    EXPECT_TRUE(has(console(), "b  =  " + fmt_d(1.0)) && has(console(), "a  =  " + fmt_d(999.5)));
+
+    // One scan has no key; empty tables open the frame on the start values.
+    table(20, &Fexist::PScan_EXISTS, "q.PScan.001", {{1, 1, 1, 1}});
+    draw(phases[1]);
+    EXPECT_TRUE(rec.named("pgtext").empty());
+    open_table(s, 20, &Fexist::PScan_EXISTS, "r.PScan.001", "");
+    open_table(s, 14, &Fexist::tcheck_EXISTS, "q.tcheck.001", "");
+    s.logo.FIT_REQUESTED = s.logo.WITH_GEOMETRY = false;
+    draw(phases[0]);
+    EXPECT_EQ(summary(), "[1e+10 -1e+10 0 -8e+09] | Energy vs. Phase");
+    draw(pgex210);
+    EXPECT_EQ(summary(),
+              "[1e+10 -1e+10 0 -9.5e+09] marks symbol 12 | Scaling counter between space charge field");
+}
