@@ -1,9 +1,8 @@
-// Phase scans: the counting of scan blocks on its own, then the four plots
-// as recorded. Parameter scans: records sorted by the scanned parameter,
-// zoom, ranges, labels read once from .lab.
+// Phase scans counted into scan blocks, and the parameter-scan plot:
+// records sorted by the scanned parameter, zoom, ranges, labels read once
+// from .lab.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <sstream>
 
@@ -34,7 +33,7 @@ TEST(ScanCounting, BlocksPointsAndRangesOnTheEdgeCases) {
         PhaseZoom zoom;
         int NSCAN;
         int J, NP;
-        float first, last;  // DAT of scan 1 point 1 and of scan J point NP
+        float first, last;  // DAT of scan 1 point 1 and of scan J point NP, the largest
     } cases[] = {
         {"three full scans", scans(3), {}, 500, 3, 360, 1001, 3360},
         {"last scan cut", scans(3, 100), {}, 500, 3, 100, 1001, 3100},
@@ -48,13 +47,12 @@ TEST(ScanCounting, BlocksPointsAndRangesOnTheEdgeCases) {
         {"more scans than the table", scans(4), {true, 10, 20}, 2, 2, 11, 1010, 2020},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
         const ScanTable t = count_scans(c.rows, ScanOrdinate::energy, c.zoom, c.NSCAN);
-        EXPECT_EQ(std::pair(t.J, t.NP), std::pair(c.J, c.NP));
+        EXPECT_EQ(std::pair(t.J, t.NP), std::pair(c.J, c.NP)) << c.name;
         if (c.J == 0) continue;
-        EXPECT_EQ(std::pair(t.at(1, 1), t.at(c.J, c.NP)), std::pair(c.first, c.last));
-        EXPECT_EQ(t.phases(c.J)[c.NP - 1], t.Z[static_cast<std::size_t>(c.NP - 1)]);
-        EXPECT_EQ(t.EMAX, c.last);
+        EXPECT_EQ(std::tuple(t.at(1, 1), t.at(c.J, c.NP), t.EMAX), std::tuple(c.first, c.last, c.last))
+            << c.name;
+        EXPECT_EQ(t.phases(c.J)[c.NP - 1], t.Z[static_cast<std::size_t>(c.NP - 1)]) << c.name;
     }
     // The slope: scan 2 starts from the last record taken of scan 1, 360 or,
     // when the zoom skips 360, 359; repeated phases divide by 0.
@@ -70,8 +68,8 @@ TEST(ScanCounting, BlocksPointsAndRangesOnTheEdgeCases) {
 namespace {
 
 struct ParameterScan : PlotTest {
-    // Free records: parameter, position 10 y, then FOM(k) = k y.
-    void scan(const std::vector<std::pair<float, float>>& zy) {
+    // Free records: parameter z, position 10 y, then FOM(k) = k y.
+    void draw(int row, const std::vector<std::pair<float, float>>& zy, int N = 0) {
         std::ostringstream t;
         for (const auto& [z, y] : zy) {
             t << z << " " << 10 * y;
@@ -79,85 +77,59 @@ struct ParameterScan : PlotTest {
             t << "\n";
         }
         open_table(s, 16, &Fexist::Scan_EXISTS, "p.Scan.001", t.str());
-        s.S_PKT = static_cast<int>(zy.size());
+        PlotTest::draw(pgex301, row, N ? N : static_cast<int>(zy.size()));
     }
-    void draw(int row, int N = -1) { PlotTest::draw(pgex301, row, N < 0 ? s.S_PKT : N); }
 };
-
-// Points as sorted pairs: equal parameters may come in either order.
-std::vector<std::pair<float, float>> pairs(const std::vector<float>& z, const std::vector<float>& y) {
-    std::vector<std::pair<float, float>> p;
-    for (std::size_t i = 0; i < z.size(); ++i) p.emplace_back(z[i], y.at(i));
-    std::sort(p.begin(), p.end());
-    return p;
-}
 
 }  // namespace
 
-TEST_F(ParameterScan, RecordsSortedByTheParameterWithZoomRangesAndStatistics) {
-    scan({{3, 4}, {1, 2}, {2, 5}, {1, 1}, {0.5f, 3}});
+TEST_F(ParameterScan, RecordsSortedByTheParameterWithZoomRangesAndLabels) {
+    const std::vector<std::pair<float, float>> zy = {{3, 4}, {1, 2}, {2, 5}, {0.5f, 3}};
     s.graph.SCAN_LOWER = 1;
     s.graph.SCAN_UPPER = 2;
-    draw(1);
+    draw(1, zy);
     // Beginning and end after sorting; the extremes where first met in the file.
-    EXPECT_TRUE(has(console(), "     beginning:                 " + fmt_d(3) +
-                                   "\n     end:                       " + fmt_d(4) +
-                                   "\n     minimum:                   " + fmt_d(1) + "  at z = " + fmt_d(1)));
+    EXPECT_EQ(console(), stats(kOneCurve, 3, 4, 2, 1, 5, 2, 3.5f));
     const struct {
         int row, N;
         bool zoom;
-        std::vector<float> z, y;
-        float y1, y2;  // a tenth of the span above, a tenth of the raised span below
+        const char* summary;  // a tenth of the span above, a tenth of the raised span below
     } cases[] = {
-        {1, -1, false, {0.5f, 1, 1, 2, 3}, {3, 2, 1, 5, 4}, 0.56f, 5.4f},
-        {2, -1, false, {0.5f, 1, 1, 2, 3}, {6, 4, 2, 10, 8}, 1.12f, 10.8f},
-        {11, -1, false, {0.5f, 1, 1, 2, 3}, {30, 20, 10, 50, 40}, 5.6f, 54},  // the position
-        {1, 3, false, {1, 2, 3}, {2, 5, 4}, 1.67f, 5.3f},                     // no more records than counted
-        {1, -1, true, {1, 1, 2}, {2, 1, 5}, 0.56f, 5.4f},  // the bounds belong to the window
+        {1, 0, false, "[0.5 3 1.67 5.3] 3 marks 3 2 5 4 symbol 5 | "},
+        {2, 0, false, "[0.5 3 3.34 10.6] 6 marks 6 4 10 8 symbol 5 | "},
+        {11, 0, false, "[0.5 3 16.7 53] 30 marks 30 20 50 40 symbol 5 | "},  // the position
+        {1, 3, false, "[1 3 1.67 5.3] 2 marks 2 5 4 symbol 5 | "},           // no more records than counted
+        {1, 0, true, "[1 2 1.67 5.3] 2 marks 2 5 symbol 5 | "},  // the bounds belong to the window
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.row);
         s.logo.ZOOM_SCAN = c.zoom;
-        draw(c.row, c.N);
-        const auto& xs = first("pgline").xs;
-        EXPECT_TRUE(std::is_sorted(xs.begin(), xs.end()));
-        EXPECT_EQ(pairs(xs, first("pgline").ys), pairs(c.z, c.y));
-        EXPECT_EQ(first("pgpt").xs, xs);
-        EXPECT_EQ(first("pgpt").args.back(), 5);
-        EXPECT_TRUE(window_is(env(), c.z.front(), c.z.back(), c.y1, c.y2));
+        draw(c.row, zy, c.N);
+        EXPECT_EQ(summary(), c.summary);
     }
-    s.graph.SCAN_LOWER = 10;  // a window that holds no record: an empty frame
-    s.graph.SCAN_UPPER = 20;
-    draw(1);
-    EXPECT_TRUE(first("pgline").xs.empty());
-    EXPECT_TRUE(window_is(env(), 1, 2, -0.1f, 0.1f));  // the parameter range of the last drawing
-}
+    s.graph.SCAN_LOWER = 10;  // a window that holds no record: an empty frame on the last parameter range
+    draw(1, zy);
+    EXPECT_EQ(summary(), "[1 2 -0.1 0.1] nan marks symbol 5 | ");
 
-TEST_F(ParameterScan, LabelsFromTheFileOncePerRun) {
-    scan({{1, 1}, {2, 2}});
     const struct {
         std::string file;
         std::vector<std::string> row1, row2;  // the texts drawn for rows 1 and 2
         bool read;                            // a complete group was read
-    } cases[] = {
+    } labels_files[] = {
         {"a\nb\nc\n", {"a", "b", "c"}, {"", "", ""}, true},      // fewer than 11 groups
         {"a\nb\nc\nd\n", {"a", "b", "c"}, {"d", "", ""}, true},  // ends inside group 2
         {"a\nb\n", {"a", "b", ""}, {"", "", ""}, false},         // inside group 1
     };
-    auto padded = [](std::vector<std::string> v) {
-        for (auto& t : v) t = pad(t, 80);
-        return v;
-    };
-    for (const auto& c : cases) {
+    s.logo.ZOOM_SCAN = false;
+    for (const auto& c : labels_files) {
         s.labels = {};
         open_table(s, 21, &Fexist::lab_EXISTS, "p.lab.001", c.file);
-        draw(1);
-        EXPECT_EQ(labels(), padded(c.row1));
-        draw(2);
-        EXPECT_EQ(labels(), padded(c.row2));
+        for (int row : {1, 2}) {
+            draw(row, zy);
+            for (int k = 0; k < 3; ++k) EXPECT_EQ(labels()[k], pad((row == 1 ? c.row1 : c.row2)[k], 80));
+        }
         EXPECT_EQ(s.fexist.lab_EXISTS, !c.read);
     }
     s.labels.rec[1].PLOT_TITLE = "typed";  // as "change title" leaves it: the file is not read again
-    draw(1);
+    draw(1, zy);
     EXPECT_EQ(labels()[2], pad("typed", 80));
 }
