@@ -12,35 +12,14 @@
 using namespace viewer;
 using namespace viewer::testing;
 
-TEST(TwissFunctions, BetaAlphaPhaseAdvanceAndGammaBetaFromTheEnergy) {
-    const std::vector<BeamStep> plain = {{0, 2, 4, 0.5f, 1, 0, 0, 0}, {1, 3, 9, -1, 2, 2, 0.25f, 0}};
-    const struct {
-        TwissFunction f;
-        std::vector<BeamStep> steps;
-        std::vector<float> x, y;
-        float GAMBET;  // after the call; 2 before it
-    } cases[] = {
-        // beta = size^2 * beta gamma / emittance; no emittance, no beta; no
-        // positive energy keeps beta gamma from an earlier call.
-        {TwissFunction::beta, plain, {2, 2}, {0, 4}, 2},
-        {TwissFunction::alpha, plain, {-0.5f, 2.0f / 3}, {0, -0.5f}, 2},
-        // Kinetic energy of gamma = sqrt(2) gives beta gamma = 1.
-        {TwissFunction::beta, {{0, 1, 1, 0, 1, 1, 0, 0.511f * (std::sqrt(2.0f) - 1)}}, {1}, {1}, 1},
-    };
-    for (const auto& c : cases) {
-        float GAMBET = 2;
-        const TwoCurves t = twiss_functions(c.steps, c.f, GAMBET);
-        EXPECT_NEAR(GAMBET, c.GAMBET, 1e-5f);
-        for (std::size_t i = 0; i < c.x.size(); ++i)
-            EXPECT_TRUE(std::fabs(t.X.at(i) - c.x[i]) < 1e-5f && std::fabs(t.Y.at(i) - c.y[i]) < 1e-5f) << i;
-    }
-    // Phase advance of beta 2 m in x, 0.5 m in y: integrated from 0 over the
-    // first interval, so the line starts half a step late; a step without
-    // emittance in x adds nothing there.
+TEST(TwissFunctions, PhaseAdvanceOfAConstantBetaGrowsAsZOverBeta) {
+    // beta 2 m in x, 0.5 m in y at the kinetic energy of gamma = sqrt(2),
+    // beta gamma = 1; integrated from 0 over the first interval, so the line
+    // starts half a step late; a step without emittance in x adds nothing there.
     std::vector<BeamStep> steps;
-    const float dz = 0.01f;
-    for (int i = 0; i <= 200; ++i) steps.push_back({i * dz, 2, i == 100 ? 0.0f : 2.0f, 0, 1, 2, 0, 0});
-    float GAMBET = 1;
+    const float dz = 0.01f, E = 0.511f * (std::sqrt(2.0f) - 1);
+    for (int i = 0; i <= 200; ++i) steps.push_back({i * dz, 2, i == 100 ? 0.0f : 2.0f, 0, 1, 2, 0, E});
+    float GAMBET = 0;
     const TwoCurves t = twiss_functions(steps, TwissFunction::phase_advance, GAMBET);
     EXPECT_EQ(std::pair(t.X[0], t.Y[0]), std::pair(0.0f, 0.0f));
     for (int i : {1, 50, 99, 100, 200}) {
@@ -55,8 +34,8 @@ namespace {
 struct PageTwo : PlotTest {
     // .LandF: z, particles, charge, loss, deposition, loading; the second record at z = 1 is dropped.
     // .tcheck: records without scaling data (NR_R 0) count for nothing, their clock neither.
-    // Steps of z, x size, x emittance, y size, y emittance, energy 0; the step at z = 2 has an
-    // emittance too small to count, in x only: it goes in both planes.
+    // Steps of z, x size, x emittance, y size, y emittance, correlations 1 and 0.5, energy 0; the
+    // step at z = 2 has an emittance too small to count, in x only: it goes in both planes.
     // Two phase scans, the second cut after 100 records and half a degree later.
     PageTwo() {
         table(17, &Fexist::LandF_EXISTS, "p.LandF.001",
@@ -66,8 +45,8 @@ struct PageTwo : PlotTest {
         std::vector<std::vector<float>> x, y, z, scans;
         for (const auto& r :
              std::vector<std::vector<float>>{{1, 2, 4, 1, 1}, {2, 1, 1e-31f, 1, 1}, {3, 3, 9, 2, 2}}) {
-            x.push_back({r[0], 0, 0, r[1], 0, r[2], 0});
-            y.push_back({r[0], 0, 0, r[3], 0, r[4], 0});
+            x.push_back({r[0], 0, 0, r[1], 0, r[2], 1});
+            y.push_back({r[0], 0, 0, r[3], 0, r[4], 0.5f});
             z.push_back({r[0], 0, 0, 0, 0, 0, 0});
         }
         table(10, &Fexist::Xemit_EXISTS, "p.Xemit.001", x);
@@ -113,6 +92,9 @@ TEST_F(PageTwo, EveryPlotItsRangesKeysAndStatistics) {
         // (6 - 2) / (3 + 1)
         {pgex211, 0, 0, 0, "[0.27 0.33 0 1.05] marks 1 symbol 5 | averaged time step for space charge calculation", ""},
         {pgex212, 12, 0, 0, "[1 3 0 4.8] 2 2 keys 2 at 0.86 | \\gb functions", stats(kBlack, 2, 2, 2, 1, 2, 1, 2) + stats(kRed, 2, 4, 2, 1, 4, 3, 3)},
+        // Carried beta gamma; alpha = -correlation beta / size.
+        {pgex212, 13, 0, 0, "[1 3 -1.2 -0.533333] -1 -1 keys 2 at 0.86 | \\ga functions",
+         stats(kBlack, -1, -2.0f / 3, -1, 1, -2.0f / 3, 3, -5.0f / 6) + stats(kRed, -1, -1, -1, 1, -1, 1, -1)},
         {pgex215, 0, 0, 0, "[1 3 0 0.456] 0.19 0.38 | \\fi coherence length",
          stats(kBlack, 0.19f, 0.38f / 3, 0.38f / 3, 3, 0.19f, 1, (0.19f + 0.38f / 3) / 2) + stats(kRed, 0.38f, 0.38f, 0.38f, 1, 0.38f, 1, 0.38f)},
         // clang-format on
