@@ -57,11 +57,11 @@ TEST(SigmaMatrix, DeterminantAndThePlottedValuesInThirtyTwoBitSteps) {
     EXPECT_TRUE(coupling_labels(0) == nullptr && coupling_labels(5) == nullptr);
 }
 
-namespace {
+using Coupling = PlotTest;
 
-struct Coupling : PlotTest {
+TEST_F(Coupling, StatisticsRangesFromTheSpanAndTextsKeptFromTheLastRecordTaken) {
     // One .Sigma record a row: z, then S11 S13 S14 S22 S23 S24 S33 S44; the rest 0.
-    void draw(int selection, const std::vector<std::vector<double>>& rows) {
+    auto sigma = [&](const std::vector<std::vector<double>>& rows) {
         std::string t;
         for (const auto& r : rows) {
             const double upper[21] = {r[1], 0, r[2], r[3], 0, 0, r[4], r[5], r[6], 0, 0, r[7], 0, 0, 0, r[8]};
@@ -70,42 +70,30 @@ struct Coupling : PlotTest {
             t += "\n";
         }
         open_table(s, 29, &Fexist::Sigma_EXISTS, "p.Sigma.001", t);
-        PlotTest::draw(+[](Session&, int) {});
-        pgex501(s, PKT, selection);
-    }
-};
-
-}  // namespace
-
-TEST_F(Coupling, StatisticsRangesFromTheSpanAndTextsKeptFromTheLastRecordTaken) {
-    draw(3, {{1, 1, 0.2, 0.4, 1, 0, 0, 1, 1}, {2, 1, -0.6, 1.0, 1, 0, 0, 1, 1}});
-    EXPECT_EQ(console(), stats(kBlack, 0.2f, 0.5f, 0.2f, 1, 0.5f, 2, 0.35f) +
-                             stats(kRed, 0.1f, -0.3f, -0.3f, 2, 0.1f, 1, -0.1f));
+    };
+    const Plot coupling = [](Session& p, int) { pgex501(p, PKT, p.window.SELECTION); };
+    const std::string angular = "Angular Momentum & Coupling Angle x-y";
+    sigma({{1, 1, 0.2, 0.4, 1, 0, 0, 1, 1}, {2, 1, -0.6, 1.0, 1, 0, 0, 1, 1}});
     // 0.2 of the span 0.8 on both sides.
-    EXPECT_EQ(summary(), "[1 2 -0.46 0.66] 0.2 0.1 | Angular Momentum & Coupling Angle x-y");
+    check({{coupling, 3, "[1 2 -0.46 0.66] 0.2 0.1 | " + angular,
+            stats(kBlack, 0.2f, 0.5f, 0.2f, 1, 0.5f, 2, 0.35f) +
+                stats(kRed, 0.1f, -0.3f, -0.3f, 2, 0.1f, 1, -0.1f)}});
 
     s.TWICE = false;
     s.STRG1 = s.STRG2 = pad("", 40);  // as never drawn
-    const struct {
-        int selection;
-        bool empty_zoom;
-        const char* summary;
-    } steps[] = {
+    // C = 0.25 then 0.16, trace 7 then 12, S14 - S23 = 0.5 then 0.2, S13 = S24, DET 29/16 then 4416/625.
+    sigma({{1, 4, 0.5, 0, 1, -0.5, 0.5, 1, 1}, {2, 9, 0.4, 0, 1, -0.2, 0.4, 1, 1}});
+    const float d1 = 1.3462912e12f, d2 = 2.6581196e12f;
+    check({
         // clang-format off
-        {3, true, "[1 2 -0.1 0.1] nan | "},  // never drawn: blank texts, one curve; the abscissa kept
-        {4, false, "[1 2 0 14.4] 7 | Trace x-y"},  // the 0 of the second curve is in the range
-        {2, false, "[1 2 0 600000] 500000 | Coupling Emittance x-y"},
-        {1, false, "[1 2 0 3.18974e+12] 1.34629e+12 | 4D Emittance x-y"},  // from 0 up; DET 29/16, 4416/625
-        {3, false, "[1 2 0 0.3] 0.25 0 | Angular Momentum & Coupling Angle x-y"},
+        {coupling, 3, "[1 2 -0.1 0.1] nan | ", "", 10, 20},  // never drawn: blank texts, one curve, the abscissa kept
+        {coupling, 4, "[1 2 0 14.4] 7 | Trace x-y", stats(kOneCurve, 7, 12, 7, 1, 12, 2, 9.5f)},  // the 0 of the second curve in the range
+        {coupling, 2, "[1 2 0 600000] 500000 | Coupling Emittance x-y", stats(kOneCurve, 5e5f, 4e5f, 4e5f, 2, 5e5f, 1, 4.5e5f)},
+        {coupling, 1, "[1 2 0 3.18974e+12] 1.34629e+12 | 4D Emittance x-y", stats(kOneCurve, d1, d2, d1, 1, d2, 2, (d1 + d2) / 2)},
+        {coupling, 3, "[1 2 0 0.3] 0.25 0 | " + angular, stats(kBlack, 0.25f, 0.1f, 0.1f, 2, 0.25f, 1, 0.175f) + stats(kRed, 0, 0, 0, 1, 0, 1, 0)},
         // A zoom that takes no record keeps the texts and curve count of the call before.
-        {4, true, "[1 2 -0.1 0.1] nan nan | Angular Momentum & Coupling Angle x-y"},
+        {coupling, 4, "[1 2 -0.1 0.1] nan nan | " + angular, "", 10, 20},
         // clang-format on
-    };
-    for (const auto& st : steps) {
-        zoom_z(st.empty_zoom);
-        // C = 0.25 then 0.16, trace 7 then 12, S14 - S23 = 0.5 then 0.2, S13 = S24.
-        draw(st.selection, {{1, 4, 0.5, 0, 1, -0.5, 0.5, 1, 1}, {2, 9, 0.4, 0, 1, -0.2, 0.4, 1, 1}});
-        EXPECT_EQ(summary(), st.summary);
-    }
+    });
     EXPECT_EQ(labels()[1], pad(" m / rad", 40));
 }
