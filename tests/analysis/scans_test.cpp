@@ -3,7 +3,9 @@
 // from .lab.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <random>
 #include <sstream>
 
 #include "analysis/phase_scans.hpp"
@@ -110,6 +112,23 @@ TEST_F(ParameterScan, RecordsSortedByTheParameterWithZoomRangesAndLabels) {
     draw(1, zy);
     EXPECT_EQ(summary(), "[1 2 -0.1 0.1] nan marks symbol 5 | ");
 
+    // Sorted whatever the order of the file: reversed, organ pipe, five values, random.
+    s.logo.ZOOM_SCAN = false;
+    std::mt19937 rng(7);
+    for (int shape = 0; shape < 4; ++shape) {
+        std::vector<std::pair<float, float>> records;
+        std::vector<float> z, y;
+        for (int i = 0; i < 2000; ++i) {
+            const float v[] = {float(2000 - i), float(std::min(i, 1999 - i)), float(rng() % 5),
+                               float(rng() % 99999)};
+            records.emplace_back(v[shape], 2 * v[shape] + 1);
+            z.push_back(v[shape]);
+        }
+        std::sort(z.begin(), z.end());
+        for (float v : z) y.push_back(2 * v + 1);
+        draw(1, records);
+        EXPECT_TRUE(first("pgline").xs == z && first("pgline").ys == y) << "shape " << shape;
+    }
     // The texts of .lab, read once per run from group 1 on.
     open_table(s, 21, &Fexist::lab_EXISTS, "p.lab.001", "a\nb\nc\nd\ne\nf\n");
     draw(2, zy);
