@@ -41,16 +41,13 @@ struct PlotTest : ::testing::Test {
     }
     void check(const std::vector<Drawing>& drawings) {
         for (const Drawing& d : drawings) {
-            zoom_z(d.lower != d.upper, d.lower, d.upper);
+            s.logo.ZOOM_Z = d.lower != d.upper;
+            s.graph.Z_LOWER = d.lower;
+            s.graph.Z_UPPER = d.upper;
             draw(d.plot, d.selection);
             EXPECT_EQ(summary(), d.summary);
             EXPECT_EQ(console(), d.console) << d.summary;
         }
-    }
-    void zoom_z(bool on, float lower = 10, float upper = 20) {
-        s.logo.ZOOM_Z = on;
-        s.graph.Z_LOWER = lower;
-        s.graph.Z_UPPER = upper;
     }
     void table(int unit, bool Fexist::*present, const std::string& name,
                const std::vector<std::vector<float>>& rows) {

@@ -84,10 +84,8 @@ TEST_F(PageTwo, EveryPlotItsRangesKeysStatisticsAndEmptyTables) {
         {pgex211, 0, "[0.27 0.33 0 1.05] marks 1 symbol 5 | averaged time step for space charge calculation"},
         {pgex212, 12, "[1 3 0 4.8] 2 2 keys 2 at 0.86 | \\gb functions", stats(kBlack, 2, 2, 2, 1, 2, 1, 2) + stats(kRed, 2, 4, 2, 1, 4, 3, 3)},
         // Carried beta gamma; alpha = -correlation beta / size.
-        {pgex212, 13, "[1 3 -1.2 -0.533333] -1 -1 keys 2 at 0.86 | \\ga functions",
-         stats(kBlack, -1, -2.0f / 3, -1, 1, -2.0f / 3, 3, -5.0f / 6) + stats(kRed, -1, -1, -1, 1, -1, 1, -1)},
-        {pgex215, 0, "[1 3 0 0.456] 0.19 0.38 | \\fi coherence length",
-         stats(kBlack, 0.19f, 0.38f / 3, 0.38f / 3, 3, 0.19f, 1, (0.19f + 0.38f / 3) / 2) + stats(kRed, 0.38f, 0.38f, 0.38f, 1, 0.38f, 1, 0.38f)},
+        {pgex212, 13, "[1 3 -1.2 -0.533333] -1 -1 keys 2 at 0.86 | \\ga functions", stats(kBlack, -1, -2.0f / 3, -1, 1, -2.0f / 3, 3, -5.0f / 6) + stats(kRed, -1, -1, -1, 1, -1, 1, -1)},
+        {pgex215, 0, "[1 3 0 0.456] 0.19 0.38 | \\fi coherence length", stats(kBlack, 0.19f, 0.38f / 3, 0.38f / 3, 3, 0.19f, 1, (0.19f + 0.38f / 3) / 2) + stats(kRed, 0.38f, 0.38f, 0.38f, 1, 0.38f, 1, 0.38f)},
         // clang-format on
     });
     draw(phases[0]);
