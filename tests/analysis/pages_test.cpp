@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <memory>
 #include <set>
 
 #include "core/run_catalogue.hpp"
@@ -17,21 +16,6 @@ using namespace viewer::testing;
 namespace fs = std::filesystem;
 
 namespace {
-
-// Copies the tables in `from`, draws every row of `page` (both columns of
-// page 3) and ends.
-std::unique_ptr<Harness> walk(const fs::path& from, const std::string& arg, int page) {
-    auto h = std::make_unique<Harness>();
-    for (const auto& e : fs::directory_iterator(from))
-        fs::copy_file(e.path(), h->dir.file(e.path().filename().string()));
-    for (int turn = 1; turn < page; ++turn) h->turn_page();
-    const int rows[] = {0, 0, 15, 11, 17, 5};
-    for (int row = 1; row <= rows[page]; ++row) h->row(row);
-    for (int row = 1; row <= 11 && page == 3; ++row) h->right_row(row);
-    h->row(25);
-    EXPECT_EQ(h->run({arg}), 0) << arg;
-    return h;
-}
 
 void check_pages(const fs::path& from, const std::string& project, const std::string& run) {
     std::set<Kind> kinds;  // of the tables of the run that hold anything
@@ -44,18 +28,25 @@ void check_pages(const fs::path& from, const std::string& project, const std::st
     // The frames of pages 2 to 5 (a row without its tables draws an empty
     // one) and the least number of curves of more than one point: two a
     // Twiss row, five scaling factors, a curve a scan.
-    const int frames[] = {14, 11 + 11 * has(Kind::Error), 17, 5};
+    const int rows[] = {15, 11, 17, 5}, frames[] = {14, 11 + 11 * has(Kind::Error), 17, 5};
     const int least[] = {8 * has(Kind::Zemit) + 5 * has(Kind::tcheck) + 4 * has(Kind::PScan),
                          11 * has(Kind::Scan), std::any_of(std::begin(four), std::end(four), has), 1};
     for (int page = 2; page <= (has(Kind::Sigma) ? 5 : 4); ++page) {
         SCOPED_TRACE(::testing::Message() << from << " " << project << run << " page " << page);
-        const auto h = walk(from, project + "," + run, page);
-        const std::string c = h->console();
+        Harness h;  // draws every row of the page (both columns of page 3) and ends
+        for (const auto& e : fs::directory_iterator(from))
+            fs::copy_file(e.path(), h.dir.file(e.path().filename().string()));
+        for (int turn = 1; turn < page; ++turn) h.turn_page();
+        for (int row = 1; row <= rows[page - 2]; ++row) h.row(row);
+        for (int row = 1; row <= 11 && page == 3; ++row) h.right_row(row);
+        h.row(25);
+        EXPECT_EQ(h.run({project + "," + run}), 0);
+        const std::string c = h.console();
         for (const char* bad : {"Error", "Program stops", "Enter"}) EXPECT_EQ(c.find(bad), c.npos) << c;
-        const int device = h->session().window.PLOT_DEVICE;
-        EXPECT_EQ(h->g.named_on("pgenv", device).size(), static_cast<std::size_t>(frames[page - 2]));
+        const int device = h.session().window.PLOT_DEVICE;
+        EXPECT_EQ(h.g.named_on("pgenv", device).size(), static_cast<std::size_t>(frames[page - 2]));
         int curves = 0;
-        for (auto* line : h->g.named_on("pgline", device)) {
+        for (auto* line : h.g.named_on("pgline", device)) {
             curves += line->args[0] > 1;
             for (float y : line->ys) EXPECT_TRUE(page < 4 || std::isfinite(y));
         }
