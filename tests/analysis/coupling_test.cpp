@@ -29,7 +29,6 @@ TEST(SigmaMatrix, DeterminantAndThePlottedValuesInThirtyTwoBitSteps) {
         {"4D: root to 32 bits, then the factor", 1, 0x1.1f9056c5f3f7cp-74, 0, 0, 0, 0, 0x1.ed88c2p+2f, 0},
         {"4D: negative determinant shows 0", 1, -1e-12, 0, 0, 0, 0, 0, 0},
         {"coupling: C to 32 bits before the root", 2, 1, 0x1.1e62ba32ff33dp-46, 0, 0, 1, 0x1.023936p-3f, 0},
-        {"coupling: a negative C gives the same", 2, 1, -0x1.1e62ba32ff33dp-46, 0, 0, 1, 0x1.023936p-3f, 0},
         {"coupling: C = S13 S24 - S14 S23", 2, 1, 2, 3, 5, 4, 2645751.25f, 0},  // 1e6 sqrt(7)
         {"angular momentum and coupling angle", 3, 1, 0.5, 0.25, -0.75, 2, 0.5f, -0.75f},
         {"trace", 4, 2.5, 9, 9, 9, 9, 5.5f, 0},
@@ -82,5 +81,4 @@ TEST_F(Coupling, StatisticsRangesFromTheSpanAndTextsKeptFromTheLastRecordTaken) 
         {coupling, 4, "[1 2 -0.1 0.1] nan nan | " + angular, "", 10, 20},
         // clang-format on
     });
-    EXPECT_EQ(labels()[1], pad(" m / rad", 40));
 }

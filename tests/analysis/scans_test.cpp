@@ -79,7 +79,7 @@ struct ParameterScan : PlotTest {
 
 }  // namespace
 
-TEST_F(ParameterScan, RecordsSortedByTheParameterWithZoomRangesAndLabels) {
+TEST_F(ParameterScan, RecordsSortedByTheParameterWithZoomAndRanges) {
     const std::vector<std::pair<float, float>> zy = {{3, 4}, {1, 2}, {2, 5}, {0.5f, 3}};
     s.graph.SCAN_LOWER = 1;
     s.graph.SCAN_UPPER = 2;
@@ -122,9 +122,4 @@ TEST_F(ParameterScan, RecordsSortedByTheParameterWithZoomRangesAndLabels) {
         draw(1, records);
         EXPECT_TRUE(first("pgline").xs == z && first("pgline").ys == y) << "shape " << shape;
     }
-    // The texts of .lab, read once per run from group 1 on.
-    open_table(s, 21, &Fexist::lab_EXISTS, "p.lab.001", "a\nb\nc\nd\ne\nf\n");
-    draw(2, zy);
-    EXPECT_EQ(labels(), (std::vector<std::string>{pad("d", 80), pad("e", 80), pad("f", 80)}));
-    EXPECT_FALSE(s.fexist.lab_EXISTS);
 }
