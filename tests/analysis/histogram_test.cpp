@@ -52,9 +52,8 @@ struct HistogramPlot : PlotTest {
                  " 9 9 9 9 9 9 9 9\n";
         open_table(s, 27, &Fexist::Error_EXISTS, "p.Error.001", t + extra);
         s.E_PKT = counted ? counted : n;
-        PlotTest::draw(
-            +[](Session&, int) {}, code);
-        pgex331(s, s.E_PKT, n_bins);
+        s.graph.N_BINS = n_bins;
+        PlotTest::draw([](Session& p, int) { pgex331(p, p.E_PKT, p.graph.N_BINS); }, code);
         std::ostringstream o;
         for (auto* r : rec.named("pgrect")) o << r->args[0] << "-" << r->args[1] << ":" << r->args[3] << " ";
         return o.str();
@@ -80,29 +79,24 @@ TEST_F(HistogramPlot, BarsBinnedAnewEachDrawingAShortFileAndTheLabels) {
     EXPECT_EQ(summary(), "[-2.2 2.2 0 1] | ");
 
     // clang-format off
-    const struct { std::string file, drawn; bool cleared; } cases[] = {  // x|y|title of code 31; a group read
-        {"\\fiseed\nEmit\nEmittance x vs. seed\n", "Emit|\\fioccurence|Emittance x", true},
-        {"x\ny\nPrvs ratio\n", "y|\\fioccurence|Pr", true},                           // inside a word too
-        {"x\ny\nno such letters\nd\n", "y|\\fioccurence|no such letters", true},  // ends inside group 2
-        {"x\ny\n", "x|y|", false},                                                     // ends inside group 1
+    const struct { std::string file, x, y, title; bool cleared; } cases[] = {  // texts of code 31; a group read
+        {"\\fiseed\nEmit\nEmittance x vs. seed\n", "Emit", "\\fioccurence", "Emittance x ", true},
+        {"x\ny\nPrvs ratio\n", "y", "\\fioccurence", "Pr", true},                           // inside a word too
+        {"x\ny\nno such letters\nd\n", "y", "\\fioccurence", "no such letters", true},  // ends inside group 2
+        {"x\ny\n", "x", "y", "", false},                                                     // ends inside group 1
     };
     // clang-format on
     for (const auto& c : cases) {
         s.labels = {};
         open_table(s, 28, &Fexist::lab_E_EXISTS, "p.lab-E.001", c.file);
         draw(31, 2);
-        const auto l = labels();
-        EXPECT_EQ(std::string(trim_right(l[0])) + "|" + std::string(trim_right(l[1])) + "|" +
-                      std::string(trim_right(l[2])),
-                  c.drawn);
+        EXPECT_EQ(labels(), (std::vector<std::string>{pad(c.x, 80), pad(c.y, 80), pad(c.title, 80)}));
         EXPECT_EQ(s.fexist.lab_E_EXISTS, !c.cleared);
     }
     s.unit(28).close();
     ASSERT_TRUE(s.unit(28).open("/proc/self/mem"));  // every read fails
     s.fexist.lab_E_EXISTS = true;
     draw(31, 2);
-    EXPECT_EQ(console(),
-              "\n     number of runs:      2\n     average value:    0.0000E+00\n"
-              "     rms value:        0.0000E+00\n\n          Error reading labels\n");
+    EXPECT_TRUE(has(console(), "\n          Error reading labels\n"));
     EXPECT_TRUE(rec.named("pgenv").empty());
 }
