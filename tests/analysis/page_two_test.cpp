@@ -91,7 +91,8 @@ TEST_F(PageTwo, EveryPlotItsRangesKeysStatisticsAndEmptyTables) {
     check({{phases[1], 0, "[0.9 1.1 -0.1 0.1] 0 | dE/dz vs. Phase"}});
     open_table(s, 20, &Fexist::PScan_EXISTS, "r.PScan.001", "");  // the start values
     open_table(s, 14, &Fexist::tcheck_EXISTS, "q.tcheck.001", "");
+    // clang-format off
     check({{phases[0], 0, "[1e+10 -1e+10 0 -8e+09] | Energy vs. Phase"},
-           {pgex210, 0,
-            "[1e+10 -1e+10 0 -9.5e+09] marks symbol 12 | Scaling counter between space charge field"}});
+           {pgex210, 0, "[1e+10 -1e+10 0 -9.5e+09] marks symbol 12 | Scaling counter between space charge field"}});
+    // clang-format on
 }
