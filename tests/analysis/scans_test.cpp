@@ -26,6 +26,20 @@ std::vector<PScanRow> scans(int n, int last = 360) {
     return r;
 }
 
+struct ParameterScan : PlotTest {
+    // Free records: parameter z, position 10 y, then FOM(k) = k y.
+    void draw(int row, const std::vector<std::pair<float, float>>& zy, int N = 0) {
+        std::ostringstream t;
+        for (const auto& [z, y] : zy) {
+            t << z << " " << 10 * y;
+            for (int k = 1; k <= 10; ++k) t << " " << k * y;
+            t << "\n";
+        }
+        open_table(s, 16, &Fexist::Scan_EXISTS, "p.Scan.001", t.str());
+        PlotTest::draw(pgex301, row, N ? N : static_cast<int>(zy.size()));
+    }
+};
+
 }  // namespace
 
 TEST(ScanCounting, BlocksPointsAndRangesOnTheEdgeCases) {
@@ -61,24 +75,6 @@ TEST(ScanCounting, BlocksPointsAndRangesOnTheEdgeCases) {
     EXPECT_TRUE(std::isinf(count_scans(repeated, ScanOrdinate::slope, {}).EMAX));
 }
 
-namespace {
-
-struct ParameterScan : PlotTest {
-    // Free records: parameter z, position 10 y, then FOM(k) = k y.
-    void draw(int row, const std::vector<std::pair<float, float>>& zy, int N = 0) {
-        std::ostringstream t;
-        for (const auto& [z, y] : zy) {
-            t << z << " " << 10 * y;
-            for (int k = 1; k <= 10; ++k) t << " " << k * y;
-            t << "\n";
-        }
-        open_table(s, 16, &Fexist::Scan_EXISTS, "p.Scan.001", t.str());
-        PlotTest::draw(pgex301, row, N ? N : static_cast<int>(zy.size()));
-    }
-};
-
-}  // namespace
-
 TEST_F(ParameterScan, RecordsSortedByTheParameterWithZoomAndRanges) {
     const std::vector<std::pair<float, float>> zy = {{3, 4}, {1, 2}, {2, 5}, {0.5f, 3}};
     s.graph.SCAN_LOWER = 1;
@@ -86,6 +82,22 @@ TEST_F(ParameterScan, RecordsSortedByTheParameterWithZoomAndRanges) {
     draw(1, zy);
     // Beginning and end after sorting; the extremes where first met in the file.
     EXPECT_EQ(console(), stats(kOneCurve, 3, 4, 2, 1, 5, 2, 3.5f));
+    // Sorted whatever the order of the file: reversed, organ pipe, five values, random.
+    std::mt19937 rng(7);
+    for (int shape = 0; shape < 4; ++shape) {
+        std::vector<std::pair<float, float>> records;
+        std::vector<float> z, y;
+        for (int i = 0; i < 2000; ++i) {
+            const float v[] = {float(2000 - i), float(std::min(i, 1999 - i)), float(rng() % 5),
+                               float(rng() % 99999)};
+            records.emplace_back(v[shape], 2 * v[shape] + 1);
+            z.push_back(v[shape]);
+        }
+        std::sort(z.begin(), z.end());
+        for (float v : z) y.push_back(2 * v + 1);
+        draw(1, records);
+        EXPECT_TRUE(first("pgline").xs == z && first("pgline").ys == y) << "shape " << shape;
+    }
     // clang-format off
     const struct { int row, N; bool zoom; const char* summary; } cases[] = {  // N 0: as many as the table has
         // A tenth of the span above, a tenth of the raised span below.
@@ -104,22 +116,4 @@ TEST_F(ParameterScan, RecordsSortedByTheParameterWithZoomAndRanges) {
     s.graph.SCAN_LOWER = 10;  // a window that holds no record: an empty frame on the last parameter range
     draw(1, zy);
     EXPECT_EQ(summary(), "[1 2 -0.1 0.1] nan marks symbol 5 | ");
-
-    // Sorted whatever the order of the file: reversed, organ pipe, five values, random.
-    s.logo.ZOOM_SCAN = false;
-    std::mt19937 rng(7);
-    for (int shape = 0; shape < 4; ++shape) {
-        std::vector<std::pair<float, float>> records;
-        std::vector<float> z, y;
-        for (int i = 0; i < 2000; ++i) {
-            const float v[] = {float(2000 - i), float(std::min(i, 1999 - i)), float(rng() % 5),
-                               float(rng() % 99999)};
-            records.emplace_back(v[shape], 2 * v[shape] + 1);
-            z.push_back(v[shape]);
-        }
-        std::sort(z.begin(), z.end());
-        for (float v : z) y.push_back(2 * v + 1);
-        draw(1, records);
-        EXPECT_TRUE(first("pgline").xs == z && first("pgline").ys == y) << "shape " << shape;
-    }
 }
