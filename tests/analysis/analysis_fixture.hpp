@@ -1,9 +1,11 @@
 // Set-up shared by the tests of the plots of pages 2 to 5: a session with
-// recorded graphics, and what the tests read back from one drawing.
+// recorded graphics, a drawing summed up in one line, and tables of
+// drawings with what each shows.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,29 +15,39 @@
 
 namespace viewer::testing {
 
+// A plot as a row of a table calls it; the others are wrapped in a lambda.
+using Plot = void (*)(Session&, int);
+
+// One drawing: the plot, its menu selection, the summary of what it draws,
+// the console text, and a zoom window along z (none when the bounds agree).
+struct Drawing {
+    Plot plot;
+    int selection;
+    std::string summary, console = "";
+    float lower = 0, upper = 0;
+};
+
 struct PlotTest : ::testing::Test {
     Harness h;
     Session& s = h.session();
     RecordingGraphics& rec = h.g;
 
-    // A fresh record and console for the next drawing.
-    void clear() {
+    // Draws anew with a clean record and console.
+    void draw(Plot plot, int selection = 0, int N = PKT) {
         rec.clear();
         h.out.str("");
-    }
-    void draw(void (*plot)(Session&, int), int selection = 0, int N = PKT) {
-        clear();
         if (selection) s.window.SELECTION = selection;
         plot(s, N);
     }
-    void draw(void (*plot)(Session&)) {
-        clear();
-        plot(s);
-    }
-    void zoom_z(bool on, float lower = 10, float upper = 20) {
-        s.logo.ZOOM_Z = on;
-        s.graph.Z_LOWER = lower;
-        s.graph.Z_UPPER = upper;
+    void check(const std::vector<Drawing>& drawings) {
+        for (const Drawing& d : drawings) {
+            s.logo.ZOOM_Z = d.lower != d.upper;
+            s.graph.Z_LOWER = d.lower;
+            s.graph.Z_UPPER = d.upper;
+            draw(d.plot, d.selection);
+            EXPECT_EQ(summary(), d.summary);
+            EXPECT_EQ(console(), d.console) << d.summary;
+        }
     }
     void table(int unit, bool Fexist::*present, const std::string& name,
                const std::vector<std::vector<float>>& rows) {
@@ -43,20 +55,24 @@ struct PlotTest : ::testing::Test {
     }
     std::string console() const { return h.console(); }
     const GraphicsCall& first(const char* name) const { return *rec.named(name).at(0); }
-    const GraphicsCall& env() const { return first("pgenv"); }
     std::vector<std::string> labels() const { return first("pglab").texts; }
-    float key_box() const { return static_cast<float>(first("pgrect").args[0]); }
-    // The legend texts without their padding.
-    std::vector<std::string> keys() const {
-        std::vector<std::string> k;
-        for (auto* t : rec.named("pgtext")) k.emplace_back(trim_right(t->texts.at(0)));
-        return k;
-    }
-    // The first ordinate of every curve.
-    std::vector<float> first_points() const {
-        std::vector<float> v;
-        for (auto* l : rec.named("pgline")) v.push_back(l->ys.empty() ? NAN : l->ys[0]);
-        return v;
+    // A drawing in one line: the window, the first ordinate of every curve,
+    // the ordinates of the marks and their symbol, the number of keys and the
+    // left edge of their box, and the title.
+    std::string summary() const {
+        std::ostringstream o;
+        const auto& w = first("pgenv").args;
+        o << "[" << float(w[0]) << " " << float(w[1]) << " " << float(w[2]) << " " << float(w[3]) << "]";
+        for (auto* l : rec.named("pgline")) o << " " << (l->ys.empty() ? NAN : l->ys[0]);
+        for (auto* p : rec.named("pgpt")) {
+            o << " marks";
+            for (float y : p->ys) o << " " << y;
+            o << " symbol " << p->args.back();
+        }
+        const auto keys = rec.named("pgtext");
+        if (!keys.empty()) o << " keys " << keys.size() << " at " << float(first("pgrect").args[0]);
+        o << " | " << trim_right(labels()[2]);
+        return o.str();
     }
 };
 
