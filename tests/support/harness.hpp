@@ -141,20 +141,6 @@ inline std::size_t count_of(const std::string& hay, const std::string& needle) {
     return n;
 }
 
-// Lines of the echo after each pick: the texts that follow a rule of dashes.
-inline std::vector<std::string> echoes(const std::string& console) {
-    std::vector<std::string> out;
-    std::istringstream ss(console);
-    std::string line, rule = " " + std::string(74, '-');
-    bool after = false;
-    while (std::getline(ss, line)) {
-        if (after && line != rule && !line.empty() && line[0] == ' ' && line.rfind("     ", 0) != 0)
-            out.push_back(line.substr(1));
-        after = (line == rule);
-    }
-    return out;
-}
-
 // Fixed records of 12-column fields, one a row.
 inline std::string fixed_records(const std::vector<std::vector<float>>& rows) {
     std::string t;
