@@ -51,14 +51,16 @@ TEST(WinConfig, ReadingAndWriting) {
 }
 
 TEST(WinConfig, SessionEndsWriteOrKeepTheFile) {
-    const std::string locked = "&WIN_CONFIG  FIXED=T, LINE_WIDTH=4 /   \n";
+    const std::string locked = "&WIN_CONFIG  FIXED=T, LINE_WIDTH=4 /   \n",
+                      bad = "&WIN_CONFIG UNKNOWN_KEY = 1 /\n";
     // clang-format off
     const std::tuple<const char*, const char*, std::string> cases[] = {  // at the start, during, at the end
         {nullptr, nullptr, group(nullptr)},  // created with the defaults
         {locked.c_str(), nullptr, locked},   // byte for byte unchanged
         {nullptr, "&WIN_CONFIG WIN101_SCALE = 2 /\n", group([](WinConfig& c) { c.WIN101_SCALE = 2; })},
         // broken during the session: overwritten with what memory holds
-        {"&WIN_CONFIG LINE_WIDTH = 6 /\n", "&WIN_CONFIG FIXED = T, BOGUS = 1 /\n", group([](WinConfig& c) { c.LINE_WIDTH = 6; })},
+        {"&WIN_CONFIG LINE_WIDTH = 6 /\n", "&WIN_CONFIG FIXED = T, BOGUS = 1 /\n",
+         group([](WinConfig& c) { c.LINE_WIDTH = 6; })},
     };
     // clang-format on
     for (auto [before, during, after] : cases) {
@@ -72,15 +74,13 @@ TEST(WinConfig, SessionEndsWriteOrKeepTheFile) {
     }
 
     Harness broken;  // at the start: the session stops and leaves the file alone
-    broken.dir.write("win_config.dat", "&WIN_CONFIG UNKNOWN_KEY = 1 /\n");
+    broken.dir.write("win_config.dat", bad);
     EXPECT_EQ(broken.run({"rfgun"}), 0);
     EXPECT_EQ(broken.console(), "\n          Error reading win_config.dat\n          Program stops\n\n");
-    EXPECT_EQ(std::pair(broken.dir.read("win_config.dat"), broken.g.ended),
-              std::pair(std::string("&WIN_CONFIG UNKNOWN_KEY = 1 /\n"), false));
+    EXPECT_EQ(std::pair(broken.dir.read("win_config.dat"), broken.g.ended), std::pair(bad, false));
 
-    Harness h;  // nowhere to write, the folder being a file: said, and PGPLOT still ended
-    h.dir.write("plain", "x");
-    h.session().dir = h.dir.file("plain");
+    Harness h;  // nowhere to write: said, and PGPLOT still ended
+    h.session().dir = h.dir.file("nodir");
     end_prog(h.session());
     EXPECT_TRUE(h.g.ended);
     EXPECT_EQ(h.console().rfind("\n     Cannot write win_config.dat: ", 0), 0u) << h.console();

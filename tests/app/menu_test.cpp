@@ -18,9 +18,7 @@ int pick(Harness& h, std::vector<ScriptedPointer::Click> clicks, int last = 0) {
     return menu(h.session(), last, 1, 4, NBOX);
 }
 
-float row_y(int row) {
-    return menu_row_y(row, NBOX);
-}
+const auto row_y = [](int row) { return menu_row_y(row, NBOX); };
 
 }  // namespace
 
@@ -38,7 +36,6 @@ TEST(Menu, HitTestsRowsDotsAndMarks) {
     Harness h;
     Session& s = h.session();
     s.fexist.Xemit_EXISTS = s.fexist.Yemit_EXISTS = true;
-    s.window.PAGE = 1;
     page_fill(s);
     for (auto [x, y, n_right, code] : cases) {
         s.menue.N_RIGHT = n_right;
@@ -50,9 +47,10 @@ TEST(Menu, HitTestsRowsDotsAndMarks) {
     EXPECT_FLOAT_EQ(s.menu_XX, 0.03f);
     auto texts = h.g.named("pgptxt");
     ASSERT_EQ(texts.size(), 37u);  // heading, 25 rows of the left column, blank ones too, and 11 right
-    EXPECT_EQ(texts[0]->texts[0], "\\fiMENU 1 of 4");
-    EXPECT_EQ(texts[1]->texts[0], pad("Trans. Emittance", 33));
-    EXPECT_EQ(texts[4]->texts[0], std::string(33, ' '));  // no .Zemit: blank text, the dot kept
+    // no .Zemit: row 4 has a blank text, its dot kept
+    EXPECT_EQ(
+        (std::vector{texts[0]->texts[0], texts[1]->texts[0], texts[4]->texts[0]}),
+        (std::vector<std::string>{"\\fiMENU 1 of 4", pad("Trans. Emittance", 33), std::string(33, ' ')}));
     auto circles = h.g.named("pgcirc");
     // 25 dots on the left, 11 on the right, the mark of the last pick over the dot of its row, a
     // larger mark of this pick
