@@ -49,15 +49,12 @@ TEST(AlongZPlots, EachMemberDrawsItsColumnsRuleLabelsOverlayAndFoot) {
     const std::string upper = "swin sci1 sls2 line+ sls1 swin ",
                       mirrored = "swin sci1 sls2 line+ line- sls1 swin ",
                       both = "swin sci1 sls2 panl1 line+ line- panl2 line- line+ sls1 swin panl2 ";
+    // A member draws its curves; with a margin the lower end is a fifth below the smallest value, else 0;
+    // the overlay is the calls from the outline's window to the end of the drawing; the foot is written in
+    // an overview too; the labels are the ordinate of each panel, then the title.
     // clang-format off
-    const struct {
-        void (*plot)(Session&, int);
-        std::vector<std::vector<float>> curves;
-        bool margin;  // the lower end a fifth below the smallest value, else 0
-        const std::string& overlay;  // the calls from the outline's window to the end of the drawing
-        bool foot;  // written in an overview too
-        std::vector<std::string> labels;  // the ordinate of each panel, then the title
-    } members[] = {
+    const struct { void (*plot)(Session&, int); std::vector<std::vector<float>> curves; bool margin; const std::string& overlay;
+                   bool foot; std::vector<std::string> labels; } members[] = {
         {pgex1, {column(0, xemit::NX_EMIT), column(100, yemit::NY_EMIT)}, false, upper, false, {"\\ge \\gp \\fimrad mm ", "Transverse Emittance"}},
         {pgex2, {column(0, xemit::X_RMS), column(100, yemit::Y_RMS)}, false, upper, false, {"\\gs\\fix \\gs\\fiy \\fimm", "Beam Size"}},
         {pgex3, {column(0, xemit::XP_RMS), column(100, yemit::YP_RMS)}, false, upper, false, {"\\fipx/pz  py/pz mrad", "Beam Divergence"}},

@@ -43,11 +43,10 @@ struct ProbePlots : ::testing::Test {
     // Opens the rows as .track in the zoom window lo..hi, if zoomed, and clears the record.
     void track(const std::vector<Row>& rows, bool zoomed = false, float lo = 0, float hi = 0) {
         std::string t;
-        for (const Row& r : rows) {
-            t += std::to_string(static_cast<int>(r[0])) + " 0";
-            for (std::size_t k = 1; k < 7; ++k) t += " " + std::to_string(k < r.size() ? r[k] : 0.0f);
-            t += "\n";
-        }
+        for (const Row& r : rows)  // a status of 0 after the probe number
+            for (std::size_t k = 0; k < 8; ++k)
+                t += k == 0 ? std::to_string(static_cast<int>(r[0])) + " 0"
+                            : (k < 7 ? " " + std::to_string(k < r.size() ? r[k] : 0.0f) : "\n");
         open_table(s, 15, &Fexist::track_EXISTS, "p.track.001", t);
         std::tie(s.logo.ZOOM_Z, s.graph.Z_LOWER, s.graph.Z_UPPER) = std::tuple(zoomed, lo, hi);
         h.g.clear();
@@ -70,25 +69,22 @@ const Member kMembers[] = {{pgex14, {1, 2, 1, 3}}, {pgex15, {1, 7, 2, 3}}, {pgex
 
 }  // namespace
 
-TEST_F(ProbePlots, EachProbeJoinsItsOwnPointsInFileOrderOrNothingIsDrawn) {
-    const std::vector<Row> rows = {{1, 0, 1, 2, 10, 20, 30},   {2, 0, 3, 4, 11, 21, 31},
-                                   {2, 1, 5, 6, 12, 22, 32},   {1, 1, 7, 8, 13, 23, 33},
-                                   {3, 1.5, 9, 9, 14, 24, 34}, {1, 2, 9, 10, 15, 25, 35},
-                                   {2, 2, 11, 12, 16, 26, 36}};
+TEST_F(ProbePlots, EachProbeJoinsItsOwnPointsInFileOrderInItsStyleOrNothingIsDrawn) {
+    // clang-format off
+    const std::vector<Row> rows = {{1, 0, 1, 2, 10, 20, 30}, {2, 0, 3, 4, 11, 21, 31}, {2, 1, 5, 6, 12, 22, 32},
+        {1, 1, 7, 8, 13, 23, 33}, {3, 1.5, 9, 9, 14, 24, 34}, {1, 2, 9, 10, 15, 25, 35}, {2, 2, 11, 12, 16, 26, 36}};
     const struct {
-        std::vector<Row> rows;
-        bool zoomed;
-        float lo, hi;
+        std::vector<Row> rows; bool zoomed; float lo, hi;
         std::vector<std::array<int, 2>> joins;  // rows joined, in file order
-        bool page;                              // a page is drawn
+        bool page;  // a page is drawn
     } cases[] = {
         {rows, false, 0, 0, {{1, 2}, {0, 3}, {3, 5}, {2, 6}}, true},  // probe 3 has one record: no line
         {rows, true, 0.5f, 2.5f, {{3, 5}, {2, 6}}, true},  // a probe starts at its first record in the window
-        {rows, true, 1.5f, 1.5f, {}, true},                // the lone record in the window: a frame, no line
-        {rows, true, 5, 6, {}, false},
-        {{}, false, 0, 0, {}, false},
+        {rows, true, 1.5f, 1.5f, {}, true},  // the lone record in the window: a frame, no line
+        {rows, true, 5, 6, {}, false}, {{}, false, 0, 0, {}, false},
         {{{101, 0}, {0, 1}}, false, 0, 0, {}, false},  // no probe number in range
     };
+    // clang-format on
     for (const Member& m : kMembers) {
         for (const auto& c : cases) {
             SCOPED_TRACE(::testing::Message() << (&m - kMembers) << " case " << (&c - cases));
@@ -101,36 +97,27 @@ TEST_F(ProbePlots, EachProbeJoinsItsOwnPointsInFileOrderOrNothingIsDrawn) {
                 for (auto [a, b] : c.joins) want.push_back(m.seg(p, c.rows[a], c.rows[b]));
             EXPECT_EQ(segments(h.g), want);
         }
-    }
-}
-
-TEST_F(ProbePlots, ColourAndStyleOfAProbeAndOutOfRangeNumbers) {
-    std::vector<Row> rows;
-    for (float z : {0.0f, 1.0f})
-        for (int p : {1, 14, 15, 16, 30, 75, 90, 101, 0}) rows.push_back({float(p), z, z, z, 0, 0, 1});
-    // The style of a multiple of 15 stays for the probes after it; 101 and 0 draw nothing.
-    const std::vector<std::array<float, 2>> colour = {{1, 0},  {14, 0}, {15, 2}, {1, 2},
-                                                      {15, 3}, {15, 1}, {15, 2}};
-    for (bool c : {true, false}) {
-        track(rows);
-        s.logo.COLOUR = c;
-        pgex14(s);
-        std::vector<std::array<float, 2>> got, want;
-        auto segs = segments(h.g);
-        std::ranges::stable_sort(segs, {},
-                                 [](const Seg& g) { return g[0]; });  // the upper panel, then the lower
-        for (const Seg& g : segs) got.push_back({g[1], g[2]});
-        for ([[maybe_unused]] int panel : {1, 2})
-            for (auto w : colour) want.push_back(c ? w : std::array<float, 2>{1, 0});
-        EXPECT_EQ(got, want);
-    }
-    // A record out of range is not counted, yet it uses up the count of the
-    // drawing pass of pgex15 and pgex16: their last records stay undrawn.
-    for (const Member& m : kMembers) {
+        // A record out of range is not counted, yet it uses up the count of the
+        // drawing pass of pgex15 and pgex16: their last records stay undrawn.
         track({{1, 0}, {101, 0.5f}, {0, 0.7f}, {1, 1}, {1, 2}, {1, 3}});
         m.plot(s);
         EXPECT_EQ(segments(h.g).size(), m.plot == pgex14 ? 6u : 2u);
     }
+    // In colour the style of a multiple of 15 stays for the probes after it;
+    // 101 and 0 draw nothing. What was drawn before the first style is set
+    // goes to both panels first.
+    std::vector<Row> probes;
+    for (float z : {0.0f, 1.0f})
+        for (int p : {1, 14, 15, 16, 30, 75, 90, 101, 0}) probes.push_back({float(p), z, z, z, 0, 0, 1});
+    track(probes);
+    s.logo.COLOUR = true;
+    pgex14(s);
+    std::vector<std::array<float, 3>> got;  // panel, colour index, line style
+    for (const Seg& g : segments(h.g)) got.push_back({g[0], g[1], g[2]});
+    // clang-format off
+    EXPECT_EQ(got, (std::vector<std::array<float, 3>>{{1, 1, 0}, {1, 14, 0}, {2, 1, 0}, {2, 14, 0}, {1, 15, 2}, {1, 1, 2},
+        {1, 15, 3}, {1, 15, 1}, {1, 15, 2}, {2, 15, 2}, {2, 1, 2}, {2, 15, 3}, {2, 15, 1}, {2, 15, 2}}));
+    // clang-format on
 }
 
 // Windows and labels by margins, zoom and the kind of field; with the
@@ -173,8 +160,8 @@ TEST_F(ProbePlots, RangesLabelsAndOverlay) {
             EXPECT_TRUE(window_is(*envs[k], c.envs[k][0], c.envs[k][1], c.envs[k][2], c.envs[k][3])) << k;
         EXPECT_TRUE(labs.at(0)->texts[1] == c.ylabels[0] && labs.at(1)->texts[1] == c.ylabels[1]);
         const auto all = segments(h.g);
-        ASSERT_EQ(all.size(), c.segs);
-        EXPECT_TRUE(std::equal(c.tail.begin(), c.tail.end(), all.end() - static_cast<long>(c.tail.size())));
+        EXPECT_TRUE(all.size() == c.segs &&
+                    std::equal(c.tail.begin(), c.tail.end(), all.end() - static_cast<long>(c.tail.size())));
     }
     // The last case: a square cross section of 2.4 inches, 0.1 around zero.
     EXPECT_TRUE(window_is(*h.g.named("pgswin").at(0), -0.1f, 0.1f, -0.1f, 0.1f));

@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <functional>
 #include <map>
@@ -47,20 +48,35 @@ long resident_kib() {
     return pages * (sysconf(_SC_PAGESIZE) / 1024);
 }
 
-// The soak's console: keeps the tail of what is written and answers the
-// prompt on show as a user would (a run of any set when arguments are asked
-// for), counting the answers by prompt. Answers beyond the budget mean a
-// prompt that loops: it gets end of input.
-struct SoakConsole : std::streambuf {
-    SoakConsole(std::mt19937& r, long answers) : rng(r), budget(answers) {}
-    std::mt19937& rng;
-    long budget;
-    std::string tail, line;
+// The soak's user. At each wait for a click it checks the windows drawn
+// since the last, drops their record and the console text, and notes the
+// memory after the first hundred clicks. It answers the prompt on show as a
+// user would (a run of any set when arguments are asked for), counting the
+// answers by prompt; answers beyond the budget mean a prompt that loops: it
+// gets end of input.
+struct SoakUser : ScriptedPointer, std::streambuf {
+    SoakUser(Harness& harness, long answers) : h(harness), budget(answers) {}
+    // Its device records no curves, colours or styles: the windows are what
+    // is checked, and a record of long tracks would raise the heap's
+    // high-water mark by megabytes.
+    struct Device : RecordingGraphics {
+        void pgline(int, const float*, const float*) override {}
+        void pgsci(int) override {}
+        void pgsls(int) override {}
+    } g;
+    Harness& h;
+    long budget, rss_at_100 = 0;
+    std::mt19937 rng{20240611};
+    std::string bad, line;
     std::map<std::string, int> asked;
 
-    int overflow(int c) override {
-        if (tail.size() > 4096) tail.erase(0, 2048);
-        return c == traits_type::eof() ? c : (tail += static_cast<char>(c), c);
+    int pgband(int mode, int posn, float xr, float yr, float& x, float& y, char& ch) override {
+        if (bad.empty()) bad = bad_window(g);
+        std::vector<GraphicsCall>().swap(g.calls);
+        starts.clear();
+        h.out.str("");
+        if (next == 100) rss_at_100 = resident_kib();
+        return ScriptedPointer::pgband(mode, posn, xr, yr, x, y, ch);
     }
     int underflow() override {
         static const std::pair<const char*, std::vector<std::string>> choices[] = {
@@ -73,6 +89,7 @@ struct SoakConsole : std::streambuf {
             {"aperture file name: ", {"Geometry.dat"}}, {"", {"soak"}}};  // titles
         // clang-format on
         if (--budget < 0) return traits_type::eof();
+        const std::string tail = h.out.str();
         const auto& [end, answer] = *std::find_if(std::begin(choices), std::end(choices),
                                                   [&](const auto& c) { return tail.ends_with(c.first); });
         ++asked[end];
@@ -82,74 +99,52 @@ struct SoakConsole : std::streambuf {
     }
 };
 
-// The soak's pointer: each wait checks the windows drawn since the last,
-// drops the record, and notes the memory after the first hundred clicks.
-struct SoakPointer : ScriptedPointer {
-    explicit SoakPointer(RecordingGraphics& graphics) : g(graphics) {}
-    RecordingGraphics& g;
-    long rss_at_100 = 0;
-    std::string bad;
-    int pgband(int mode, int posn, float xr, float yr, float& x, float& y, char& ch) override {
-        if (bad.empty()) bad = bad_window(g);
-        std::vector<GraphicsCall>().swap(g.calls);
-        starts.clear();
-        if (next == 100) rss_at_100 = resident_kib();
-        return ScriptedPointer::pgband(mode, posn, xr, yr, x, y, ch);
-    }
-};
-
 }  // namespace
 
 TEST(Soak, RandomSessionEndsNormallyWithFlatMemory) {
     const int passes =
         std::getenv("VIEWER_SOAK") && std::string(std::getenv("VIEWER_SOAK")) == "1" ? 10000 : 1000;
-    std::mt19937 rng(20240611);
     Harness h;
     for (const char* root : {"/../shared/realdata", "/examples"})  // every run, one folder
         for (const auto& e : fs::recursive_directory_iterator(VIEWER_SOURCE_DIR + std::string(root)))
             if (e.is_regular_file())
-                fs::copy_file(e.path(), h.dir.file(e.path().filename().string()),
-                              fs::copy_options::overwrite_existing);
+                fs::copy_file(e, h.dir.file(e.path().filename()), fs::copy_options::overwrite_existing);
     h.dir.write("soak.ref", "0 1 2\n0.5 1.5 2.5\n1 2 3\n");  // a reference curve to read back
-    SoakConsole console(rng, 20L * passes);
-    static_cast<std::ios&>(h.out).rdbuf(&console);
-    static_cast<std::ios&>(h.in).rdbuf(&console);
-    SoakPointer p(h.g);
-    h.s = std::make_unique<Session>(h.g, p, h.in, h.out, h.dir.path);
+    SoakUser u(h, 20L * passes);
+    static_cast<std::ios&>(h.in).rdbuf(&u);
+    h.s = std::make_unique<Session>(u.g, u, h.in, h.out, h.dir.path);
     for (int i = 0; i < passes; ++i) {
         // Half rows 1 to 17 of the left column, then rows of the right column,
         // page turns, a pick of the fit menu where one is on show, and the
         // outline to run steps.
-        const unsigned r = rng() % 100, k = rng();
+        const unsigned r = u.rng() % 100, k = u.rng();
         // clang-format off
-        p.clicks.push_back({r < 50 || r >= 75 ? 0.03f : r < 65 ? 0.21f : 0.2f,
+        u.clicks.push_back({r < 50 || r >= 75 ? 0.03f : r < 65 ? 0.21f : 0.2f,
                             r < 50 ? menu_row_y(1 + k % 17, NBOX) : r < 65 ? menu_row_y(1 + k % 11, NBOX) : r < 75 ? 0.99f
                             : r < 80 ? 0.90f - 0.05f * static_cast<float>(k % 18) : menu_row_y(18 + k % 7, NBOX)});
         // clang-format on
     }
-    p.clicks.push_back({0.03f, menu_row_y(25, NBOX)});
+    u.clicks.push_back({0.03f, menu_row_y(25, NBOX)});
     EXPECT_EQ(h.run({"rfgun"}), 0);
-    EXPECT_EQ(p.next, p.clicks.size()) << console.tail;  // ended by the exit pick
-    EXPECT_EQ(p.bad, "");
+    EXPECT_EQ(u.next, u.clicks.size()) << h.out.str();  // ended by the exit pick
+    EXPECT_EQ(u.bad, "");
     // The dialogues were reached, and runs of several sets typed.
-    EXPECT_GE(console.asked.size(), 6u);
-    EXPECT_GT(console.asked["Enter input arguments: "], passes / 500);
+    EXPECT_GE(u.asked.size(), 6u);
+    EXPECT_GT(u.asked["Enter input arguments: "], passes / 500);
 #ifndef __SANITIZE_ADDRESS__  // whose quarantine holds freed memory on purpose
     // The larger real sets, met later, raise the high-water mark once.
-    EXPECT_LT(resident_kib() - p.rss_at_100, 6 * 1024) << "KiB";
+    EXPECT_LT(resident_kib() - u.rss_at_100, 6 * 1024) << "KiB";
 #endif
 }
 
 TEST(HostileTables, SessionsStopNamingTheTableOrCarryOnInFiniteWindows) {
     const std::string long80(80, 'a'), long200(200, 'b');
-    struct Case {
-        std::string why;
-        std::function<void(const TempDir&)> make;  // after the beam tables of "p" and an outline
-        std::string arg = "p", console = "";       // found in the console, % standing for the folder
-        bool carries_on = true;                    // to the exit pick, drawing; else stops before any frame
-    };
+    // A case makes its tables after the beam tables of "p" and an outline; runs on `arg`; finds `console`
+    // in the console, % standing for the folder; and carries on to the exit pick, drawing, or stops
+    // before any frame.
+    // clang-format off
+    struct Case { std::string why; std::function<void(const TempDir&)> make; std::string arg = "p", console = ""; bool carries_on = true; };
     std::vector<Case> cases = {
-        // clang-format off
         // NaN and infinities in every table of the bundled run and in the outline: every number of
         // the third line becomes -Infinity, of the fourth NaN, in the same columns.
         {"non-finite", [](const TempDir& d) {
@@ -186,8 +181,9 @@ TEST(HostileTables, SessionsStopNamingTheTableOrCarryOnInFiniteWindows) {
         h.dir.write("Geometry.dat", "0 0.01\n1 0.02\n");
         beam_tables(h.dir, 4);
         c.make(h.dir);
-        h.row(18);                        // the outline on, then every row of both columns of every page
-        for (int i = 0; i < 5 * 29; ++i)  // and the page turn
+        // The outline on, then every row of both columns of every page and the page turn.
+        h.row(18);
+        for (int i = 0; i < 5 * 29; ++i)
             i % 29 < 17 ? h.row(i % 29 + 1) : i % 29 < 28 ? h.right_row(i % 29 - 16) : h.turn_page();
         h.row(25);
         EXPECT_EQ(h.run({c.arg}), 0);
@@ -227,9 +223,8 @@ TEST(HostileTables, TrackChangedBetweenThePasses) {
         pgex14(s);
         std::size_t drawn = 0;
         for (const auto* l : g.named("pgline")) drawn += l->xs.size() - 1;
-        std::string_view first;
-        EXPECT_EQ(drawn, segments);
-        EXPECT_EQ(bad_window(g), "");
-        EXPECT_EQ(s.unit(15).next_line(first), !after.empty());
+        std::string_view first;  // rewound: the first line again, if any
+        EXPECT_EQ(std::tuple(drawn, bad_window(g), s.unit(15).next_line(first)),
+                  std::tuple(segments, "", !after.empty()));
     }
 }
