@@ -1,18 +1,20 @@
-// The run file readers by record form, over the bytes other programs leave
-// (Fortran spellings, CRLF, a BOM, cut records); the number conversion
-// behind them checked bit for bit against the library's correctly rounded
-// one; and every real and bundled table read as its kind.
-#include "core/run_files.hpp"
-
+// The Fortran-style output fields; the run file readers by record form, over
+// the bytes other programs leave (Fortran spellings, CRLF, a BOM, cut
+// records); the number conversion behind them checked bit for bit against
+// the library's correctly rounded one; and every real and bundled table read
+// as its kind.
 #include <gtest/gtest.h>
 
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <map>
 #include <random>
 #include <set>
 
 #include "core/run_catalogue.hpp"
+#include "core/run_files.hpp"
 #include "tests/support/harness.hpp"
 
 namespace {
@@ -69,6 +71,22 @@ std::vector<std::string> records(Form form, const std::string& bytes) {
     EXPECT_LE(peak, std::max<std::size_t>(1 << 20, 4 * longest)) << "the buffer grew with the file";
     EXPECT_EQ(out[0], out[1]) << "read again after a rewind";
     return out[0];
+}
+
+TEST(FortranFormat, FieldsAndTexts) {
+    // clang-format off
+    const std::pair<std::string, std::string> cases[] = {
+        {fmt_d(1.2345), "  1.2345D+00"}, {fmt_d(-1.2345), " -1.2345D+00"}, {fmt_d(0.0), "  0.0000D+00"}, {fmt_d(123.456), "  1.2346D+02"},
+        {fmt_d(1e-5), "  1.0000D-05"}, {fmt_d(9.99995), "  1.0000D+01"},  // rounding carries into the exponent
+        {fmt_d(1.5e120), "  1.5000+120"},  // three exponent digits drop the letter
+        {fmt_e12_4(2.5), "  2.5000E+00"}, {fmt_exp(1.0, 8, 4, 'D'), "********"}, {fmt_float_exact(0.1f), "0.1"},  // shortest that reads back
+        {fmt_d(NAN), "         NaN"}, {fmt_d(INFINITY), "    Infinity"}, {fmt_d(-INFINITY), "   -Infinity"},
+        {fmt_i(42, 4), "  42"}, {fmt_i(-7, 5), "   -7"}, {fmt_i(12345, 4), "****"}, {pad("abc", 5), "abc  "}, {pad("abcdef", 3), "abc"},
+        {std::string(trim_right("ab  ")), "ab"}, {std::string(trim_right("   ")), ""}, {std::string(up_to_blank("rfgun 001")), "rfgun"},
+        {right_in("run5.ps", 10), "   run5.ps"}, {right_in("abcdefghijkl", 5), "abcde"}, {upp("yes, Sir  "), "YES, SIR"},
+    };
+    // clang-format on
+    for (const auto& [got, want] : cases) EXPECT_EQ(got, want);
 }
 
 TEST(RunFiles, EveryReaderOverTheBytesItMeets) {
@@ -142,62 +160,51 @@ TEST(RunFiles, EveryNumberIsBitIdenticalToFromChars) {
     for (int k = 0; k < 5000; ++k) {
         std::string t = pick(0, 2) ? "" : "-";
         for (int d = pick(1, 25), point = pick(-1, d); d >= 0; --d)
-            t += std::string(d == point ? "." : "") +
-                 (d > 0 ? std::string(1, static_cast<char>('0' + pick(0, 9))) : "");
+            t += (d == point ? "." : "") + (d > 0 ? std::string(1, static_cast<char>('0' + pick(0, 9))) : "");
         texts.push_back(pick(0, 1) ? t + "E" + std::to_string(pick(-60, 60)) : t);
     }
-    long differ = 0;
-    for (const std::string& t : texts) {
+    for (const std::string& t : texts) {  // the first that differs stops it
         float f = -123.0f;
         double d = -123.0;
-        ASSERT_TRUE(parse_fortran_real(t, 0, f) && parse_fortran_real(t, 0, d)) << t;
-        if ((!same_bits(f, library_value<float>(t)) || !same_bits(d, library_value<double>(t))) &&
-            differ++ < 5)
-            ADD_FAILURE() << t << " reads " << f << " and " << d;
+        ASSERT_TRUE(parse_fortran_real(t, 0, f) && parse_fortran_real(t, 0, d) &&
+                    same_bits(f, library_value<float>(t)) && same_bits(d, library_value<double>(t)))
+            << t << " reads " << f << " and " << d;
     }
-    EXPECT_EQ(differ, 0);
 }
 
-// Every table of `dir` as records of its kind: one a line, every field the
-// number written there.
-void read_all(const fs::path& dir, std::set<Kind>& seen) {
-    for (const auto& entry : fs::directory_iterator(dir)) {
-        const std::string name = entry.path().filename().string();
-        const RunKind* kind = kind_of_stem(name.substr(0, name.rfind('.')));
-        if (!kind) continue;  // the outline, the notes
-        SCOPED_TRACE(name);
-        seen.insert(kind->kind);
-        std::ifstream in(entry.path(), std::ios::binary);
-        TableFile f;
-        RunRecord r(*kind);
-        ASSERT_TRUE(f.open(entry.path().string()));
-        for (std::string line, t; std::getline(in, line);) {
-            ASSERT_TRUE(r.read(f)) << line;
-            std::istringstream ss(line);
-            for (int k = 0; k < kind->reals(); ++k) {
-                auto same = [&](auto got) {
-                    return ss >> t && same_bits(got, library_value<decltype(got)>(t));
-                };
-                const char type = kind->fields[static_cast<std::size_t>(k)].type;
-                EXPECT_TRUE(type == 'i'   ? same(r.integer(k))
-                            : type == 'd' ? same(r.real64(k))
-                                          : same(r.real(k)))
-                    << "line " << f.line_number() << ": " << t;
-            }
-            EXPECT_TRUE(!kind->logical || (ss >> t && r.logical() == (t == "T")))
-                << "line " << f.line_number();
+// The table `p` as records of `kind`: one a line, every field the number
+// written there.
+void read_as(const fs::path& p, const RunKind& kind) {
+    SCOPED_TRACE(p.filename().string());
+    std::ifstream in(p, std::ios::binary);
+    TableFile f;
+    RunRecord r(kind);
+    ASSERT_TRUE(f.open(p.string()));
+    for (std::string line, t; std::getline(in, line);) {
+        ASSERT_TRUE(r.read(f)) << line;
+        std::istringstream ss(line);
+        auto same = [&](auto got) { return ss >> t && same_bits(got, library_value<decltype(got)>(t)); };
+        for (int k = 0; k < kind.reals(); ++k) {
+            const char c = kind.fields[static_cast<std::size_t>(k)].type;
+            EXPECT_TRUE(c == 'i' ? same(r.integer(k)) : (c == 'd' ? same(r.real64(k)) : same(r.real(k))))
+                << "line " << f.line_number() << ": " << t;
         }
-        EXPECT_FALSE(r.read(f));
+        EXPECT_TRUE(!kind.logical || (ss >> t && r.logical() == (t == "T"))) << "line " << f.line_number();
     }
+    EXPECT_FALSE(r.read(f));
 }
 
 TEST(RunFiles, RealAndBundledTablesReadAsTheirKinds) {
-    std::set<Kind> bundled, real;
-    read_all(fs::path(VIEWER_SOURCE_DIR) / "examples", bundled);
-    EXPECT_EQ(bundled.size(), static_cast<std::size_t>(kKindCount));  // longest suffix wins: Xemit2, lab-E
-    for (const auto& dir : fs::directory_iterator(fs::path(VIEWER_SOURCE_DIR) / ".." / "shared" / "realdata"))
-        if (dir.is_directory()) read_all(dir.path(), real);
-    EXPECT_EQ(real.size(), 16u);  // every kind the real sets hold
+    std::map<std::string, std::set<Kind>> seen;
+    for (const char* root : {"/examples", "/../shared/realdata"})
+        for (const auto& e : fs::recursive_directory_iterator(VIEWER_SOURCE_DIR + std::string(root)))
+            if (const RunKind* kind = kind_of_stem(e.path().stem().string())) {  // not the outline, the notes
+                seen[root].insert(kind->kind);
+                read_as(e.path(), *kind);
+            }
+    // Longest suffix wins: Xemit2, lab-E. The real sets hold 16 kinds.
+    EXPECT_EQ(seen["/examples"].size(), static_cast<std::size_t>(kKindCount));
+    EXPECT_EQ(seen["/../shared/realdata"].size(), 16u);
 }
 
 }  // namespace
