@@ -25,8 +25,8 @@ namespace fs = std::filesystem;
 using namespace viewer;
 
 struct BeamRun {
-    ScratchDir scratch{"export_bench"};
-    const fs::path& dir = scratch.dir;
+    testing::TempDir scratch{"export_bench"};
+    const fs::path dir{scratch.path};
     BeamRun() {
         for (Kind k : {Kind::Xemit, Kind::Yemit, Kind::Zemit}) {
             std::FILE* f = std::fopen((dir / run_file_name(run_kind(k), "bench", ".001")).c_str(), "w");

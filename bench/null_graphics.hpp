@@ -2,9 +2,6 @@
 // share of a redraw: graphics that draw nowhere, and a console sink.
 #pragma once
 
-#include <stdlib.h>
-
-#include <filesystem>
 #include <ostream>
 #include <sstream>
 #include <streambuf>
@@ -13,6 +10,7 @@
 #include "core/graphics.hpp"
 #include "core/session.hpp"
 #include "tests/support/recording_graphics.hpp"
+#include "tests/support/temp_dir.hpp"
 
 namespace viewer {
 
@@ -78,22 +76,6 @@ struct QuietSession {
     std::ostream out{&sink};
     ScriptedPointer ptr;
     Session s;
-};
-
-// A directory of its own for generated tables, removed with the object.
-struct ScratchDir {
-    explicit ScratchDir(const std::string& stem) {
-        std::string tmpl = (std::filesystem::temp_directory_path() / (stem + ".XXXXXX")).string();
-        if (!::mkdtemp(tmpl.data())) std::abort();
-        dir = tmpl;
-    }
-    ~ScratchDir() {
-        std::error_code ec;
-        std::filesystem::remove_all(dir, ec);
-    }
-    ScratchDir(const ScratchDir&) = delete;
-    ScratchDir& operator=(const ScratchDir&) = delete;
-    std::filesystem::path dir;
 };
 
 }  // namespace viewer

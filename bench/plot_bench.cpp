@@ -27,8 +27,8 @@ using namespace viewer;
 
 // Both tables, written once per process into a temporary directory.
 struct BeamTables {
-    ScratchDir scratch{"plot_bench"};
-    const fs::path& dir = scratch.dir;
+    testing::TempDir scratch{"plot_bench"};
+    const fs::path dir{scratch.path};
     BeamTables() {
         for (const char* kind : {"Xemit", "Yemit"}) {
             std::FILE* f = std::fopen((dir / (std::string("bench.") + kind + ".001")).c_str(), "w");

@@ -34,15 +34,9 @@ constexpr int kProbes = 100;
 // .track files of a given length, written once per process into a temporary directory.
 class TrackFiles {
 public:
-    TrackFiles() {
-        std::string tmpl = (fs::temp_directory_path() / "probe_bench.XXXXXX").string();
-        if (!::mkdtemp(tmpl.data())) std::abort();
-        dir = tmpl;
-    }
-    ~TrackFiles() {
-        std::error_code ec;
-        fs::remove_all(dir, ec);
-    }
+    testing::TempDir scratch{"probe_bench"};
+    const fs::path dir{scratch.path};
+
     std::string name(long records) {
         std::string n = "bench" + std::to_string(records) + ".track.001";
         if (written_[records]) return n;
@@ -60,7 +54,6 @@ public:
         written_[records] = true;
         return n;
     }
-    fs::path dir;
 
 private:
     std::map<long, bool> written_;

@@ -17,6 +17,7 @@
 #include "core/fortran_format.hpp"
 #include "core/records.hpp"
 #include "core/run_files.hpp"
+#include "tests/support/temp_dir.hpp"
 
 namespace {
 
@@ -26,14 +27,12 @@ constexpr long kTrackRecords = 1'000'000;
 
 // The generated tables; removed at exit.
 struct Tables {
-    fs::path dir;
+    viewer::testing::TempDir scratch{"read_bench"};
+    const fs::path dir{scratch.path};
     std::string xemit, track;
     long xemit_bytes = 0, track_bytes = 0;
 
     Tables() {
-        std::string tmpl = (fs::temp_directory_path() / "read_bench.XXXXXX").string();
-        if (!::mkdtemp(tmpl.data())) std::abort();
-        dir = tmpl;
         xemit = (dir / "bench.Xemit.001").string();
         track = (dir / "bench.track.001").string();
         std::mt19937 rng(12345);
@@ -61,10 +60,6 @@ struct Tables {
         std::fclose(f);
         xemit_bytes = static_cast<long>(fs::file_size(xemit));
         track_bytes = static_cast<long>(fs::file_size(track));
-    }
-    ~Tables() {
-        std::error_code ec;
-        fs::remove_all(dir, ec);
     }
 };
 

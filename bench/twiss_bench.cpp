@@ -27,8 +27,8 @@ const char* const kKinds[] = {"Xemit", "Yemit", "Zemit"};
 
 // The three tables, written once per process into a temporary directory.
 struct EmitTables {
-    ScratchDir scratch{"twiss_bench"};
-    const fs::path& dir = scratch.dir;
+    testing::TempDir scratch{"twiss_bench"};
+    const fs::path dir{scratch.path};
     EmitTables() {
         for (const char* kind : kKinds) {
             std::FILE* f = std::fopen((dir / (std::string("bench.") + kind + ".001")).c_str(), "w");

@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include <cstdint>
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -18,22 +17,25 @@
 
 #include "core/session.hpp"
 #include "tests/support/recording_graphics.hpp"
+#include "tests/support/temp_dir.hpp"
 
 namespace viewer::fuzz {
 
-// One directory a process, made at the first call. The name outlives the
-// static destructors, so the exit handler can still remove the directory.
+// One directory a process, made at the first call; a process that ends
+// normally leaves nothing behind.
 inline const std::string& work_dir() {
-    static const std::string* const dir = [] {
-        std::string tmpl = (std::filesystem::temp_directory_path() / "viewer-fuzz-XXXXXX").string();
-        if (!::mkdtemp(tmpl.data())) std::abort();
-        std::atexit([] {  // a process that ends normally leaves nothing behind
-            std::error_code ignored;
-            std::filesystem::remove_all(work_dir(), ignored);
-        });
-        return new std::string(std::move(tmpl));
-    }();
-    return *dir;
+    static const testing::TempDir dir("viewer-fuzz");
+    return dir.path;
+}
+
+// `data` as the whole content of the open file `fd`.
+inline void rewrite(int fd, const std::uint8_t* data, std::size_t size) {
+    if (fd < 0 || ::ftruncate(fd, 0) != 0) std::abort();
+    for (std::size_t done = 0; done < size;) {
+        const ssize_t n = ::pwrite(fd, data + done, size - done, static_cast<off_t>(done));
+        if (n <= 0) std::abort();
+        done += static_cast<std::size_t>(n);
+    }
 }
 
 // The input as the file `name` of the work directory. The file stays open
@@ -43,12 +45,7 @@ inline std::string write_file(const std::string& name, const std::uint8_t* data,
     const std::string path = work_dir() + "/" + name;
     int& fd = open_files[name];
     if (fd <= 0) fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
-    if (fd < 0 || ::ftruncate(fd, 0) != 0) std::abort();
-    for (std::size_t done = 0; done < size;) {
-        const ssize_t n = ::pwrite(fd, data + done, size - done, static_cast<off_t>(done));
-        if (n <= 0) std::abort();
-        done += static_cast<std::size_t>(n);
-    }
+    rewrite(fd, data, size);
     return path;
 }
 
@@ -56,12 +53,7 @@ inline std::string write_file(const std::string& name, const std::uint8_t* data,
 // opens the same memory, and no file system is touched.
 inline std::string memory_file(const std::uint8_t* data, std::size_t size) {
     static const int fd = ::memfd_create("fuzz-input", MFD_CLOEXEC);
-    if (fd < 0 || ::ftruncate(fd, 0) != 0) std::abort();
-    for (std::size_t done = 0; done < size;) {
-        const ssize_t n = ::pwrite(fd, data + done, size - done, static_cast<off_t>(done));
-        if (n <= 0) std::abort();
-        done += static_cast<std::size_t>(n);
-    }
+    rewrite(fd, data, size);
     return "/proc/self/fd/" + std::to_string(fd);
 }
 

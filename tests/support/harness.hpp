@@ -20,38 +20,9 @@
 #include "core/records.hpp"
 #include "core/session.hpp"
 #include "tests/support/recording_graphics.hpp"
+#include "tests/support/temp_dir.hpp"
 
 namespace viewer::testing {
-
-class TempDir {
-public:
-    TempDir() {
-        std::string tmpl = (std::filesystem::temp_directory_path() / "viewer-test-XXXXXX").string();
-        path = mkdtemp(tmpl.data());
-    }
-    ~TempDir() {
-        std::error_code ec;
-        std::filesystem::permissions(path, std::filesystem::perms::owner_all,
-                                     std::filesystem::perm_options::add, ec);
-        std::filesystem::remove_all(path, ec);
-    }
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-
-    std::string file(const std::string& name) const { return path + "/" + name; }
-    void write(const std::string& name, const std::string& content) const {
-        std::ofstream(file(name), std::ios::binary) << content;
-    }
-    std::string read(const std::string& name) const {
-        std::ifstream in(file(name), std::ios::binary);
-        std::stringstream ss;
-        ss << in.rdbuf();
-        return ss.str();
-    }
-    bool exists(const std::string& name) const { return std::filesystem::exists(file(name)); }
-
-    std::string path;
-};
 
 // A fixed record of 12-column fields.
 inline std::string fixed_record(std::initializer_list<double> values) {
