@@ -17,20 +17,10 @@ void mami(PlotState& st, int ID, int I, float Z, float Y) {
         st.AVR[c] = Y;
         return;
     }
-    // A NaN or infinity of a Fortran runtime takes no part in the extremes,
-    // and a first point that was one gives way to the next finite value.
-    auto above = [](float v, float m) { return std::isfinite(v) && (v > m || !std::isfinite(m)); };
-    auto below = [](float v, float m) { return std::isfinite(v) && (v < m || !std::isfinite(m)); };
-    if (above(Z, st.ZMAX)) st.ZMAX = Z;
-    if (below(Z, st.ZMIN)) st.ZMIN = Z;
-    if (above(Y, st.MAX_A[c])) {
-        st.MAX_A[c] = Y;
-        st.MAX_A[c + 2] = Z;
-    }
-    if (below(Y, st.MIN_A[c])) {
-        st.MIN_A[c] = Y;
-        st.MIN_A[c + 2] = Z;
-    }
+    take_max(st.ZMAX, Z);
+    take_min(st.ZMIN, Z);
+    if (take_max(st.MAX_A[c], Y)) st.MAX_A[c + 2] = Z;
+    if (take_min(st.MIN_A[c], Y)) st.MIN_A[c + 2] = Z;
     st.AVR[c] = st.AVR[c] + Y;  // 32-bit sum
 }
 

@@ -2,11 +2,26 @@
 // repair of an empty range: the helpers every plot along z shares.
 #pragma once
 
+#include <cmath>
 #include <iosfwd>
 
 #include "core/session.hpp"
 
 namespace viewer {
+
+// Running extremes that a NaN or infinity of a Fortran runtime takes no part
+// in; an extreme that is itself one gives way to the first finite value.
+// True when `v` was taken.
+inline bool take_max(float& m, float v) {
+    const bool take = std::isfinite(v) && (v > m || !std::isfinite(m));
+    if (take) m = v;
+    return take;
+}
+inline bool take_min(float& m, float v) {
+    const bool take = std::isfinite(v) && (v < m || !std::isfinite(m));
+    if (take) m = v;
+    return take;
+}
 
 // Folds point `I` (1-based) of curve `ID` (1 or 2) into the running values
 // of `st`: MAX_A, MIN_A (with where they were first met), AVR, ZMAX, ZMIN.

@@ -35,11 +35,9 @@ bool in_window(const Session& s, float Z) {
     return !s.logo.ZOOM_Z || (s.graph.Z_LOWER <= Z && Z <= s.graph.Z_UPPER);
 }
 
-// A NaN or infinity of a Fortran runtime takes no part in a range.
 void widen(float v, float& upper, float& lower) {
-    if (!std::isfinite(v)) return;
-    upper = std::max(upper, v);
-    lower = std::min(lower, v);
+    take_max(upper, v);
+    take_min(lower, v);
 }
 
 // Upper limit u + |m u|, lower limit l - |m l|: the margin comes from the limit.
@@ -301,7 +299,7 @@ void pgex15(Session& s) {
         widen(t.real(track::Z), ZMAX, ZMIN);
         widen(X, XMAX, XMIN);
         widen(Y, YMAX, YMIN);
-        if (std::isfinite(X * X + Y * Y)) RMAX = std::max(RMAX, X * X + Y * Y);
+        take_max(RMAX, X * X + Y * Y);
     });
     if (NSUM < 1) return;
     float PHIMAX = 1.2f * std::max({std::fabs(XMAX), std::fabs(YMAX), std::fabs(XMIN), std::fabs(YMIN)});

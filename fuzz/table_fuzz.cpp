@@ -25,6 +25,9 @@ const viewer::RunKind& fuzzed() {
     return viewer::run_catalogue()[FUZZ_KIND];
 }
 
+// The tables every other kind is read beside.
+constexpr Kind kBeam[] = {Kind::Xemit, Kind::Yemit, Kind::Zemit, Kind::Xemit2, Kind::Yemit2, Kind::Zemit2};
+
 std::string repeat(const char* line, int n) {
     std::string t;
     for (int i = 0; i < n; ++i) t += line;
@@ -37,8 +40,7 @@ std::vector<std::pair<Kind, std::string>> partners() {
     const std::string beam =
         repeat("  1.0000E-01  0.0000E+00  0.0000E+00  1.0000E+00  1.0000E+00  1.0000E+00  1.0000E+00\n", 4);
     std::vector<std::pair<Kind, std::string>> p;
-    for (Kind k : {Kind::Xemit, Kind::Yemit, Kind::Zemit, Kind::Xemit2, Kind::Yemit2, Kind::Zemit2})
-        p.emplace_back(k, beam);
+    for (Kind k : kBeam) p.emplace_back(k, beam);
     const std::string twelve = repeat(
         "  2.0000E-01  2.8056E+00  1.0991E+00  1.1456E+00  5.3851E-01  5.4496E-01"
         "  6.1953E+00  2.9334E+01  1.0362E+00  7.6039E+00  9.9940E+01  5.4794E-01\n",
@@ -59,7 +61,7 @@ struct Row {
 std::vector<Row> rows_of_kind(const std::vector<std::pair<Kind, std::string>>& tables) {
     viewer::Fexist without, with;
     for (const auto& [k, text] : tables) with.*viewer::run_kind(k).exists = true;
-    for (Kind k : {Kind::Xemit, Kind::Yemit, Kind::Zemit, Kind::Xemit2, Kind::Yemit2, Kind::Zemit2})
+    for (Kind k : kBeam)
         if (k != fuzzed().kind) without.*viewer::run_kind(k).exists = true;
     with.*fuzzed().exists = true;
     std::vector<Row> rows;

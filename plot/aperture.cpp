@@ -9,6 +9,7 @@
 #include <ostream>
 
 #include "core/console.hpp"
+#include "core/statistics.hpp"
 
 namespace viewer {
 
@@ -74,13 +75,9 @@ void load_geom_file(Session& s, const std::string& path) {
             g.GEOM_RMAX = r;
             g.GEOM_ZMIN = g.GEOM_ZMAX = z;
         } else {
-            // A NaN or infinity in the outline takes no part in its extent.
-            auto take = [](float& m, float v, bool up) {
-                if (std::isfinite(v) && (!std::isfinite(m) || (up ? v > m : v < m))) m = v;
-            };
-            take(g.GEOM_RMAX, r, true);
-            take(g.GEOM_ZMIN, z, false);
-            take(g.GEOM_ZMAX, z, true);
+            take_max(g.GEOM_RMAX, r);
+            take_min(g.GEOM_ZMIN, z);
+            take_max(g.GEOM_ZMAX, z);
         }
     }
     if (!std::isfinite(g.GEOM_ZMIN) || !std::isfinite(g.GEOM_ZMAX)) g.GEOM_ZMIN = g.GEOM_ZMAX = 0.0f;

@@ -103,16 +103,16 @@ Points read_along_z(Session& s, PlotState& st, int N, const AlongZ& row) {
         if (zoom && (lower > Z_MEAN || Z_MEAN > upper)) continue;
 
         p.Z.push_back(Z_MEAN);
-        if (own && std::isfinite(Z_MEAN)) {
-            st.ZMAX = std::max(st.ZMAX, Z_MEAN);
-            st.ZMIN = std::min(st.ZMIN, Z_MEAN);
+        if (own) {
+            take_max(st.ZMAX, Z_MEAN);
+            take_min(st.ZMIN, Z_MEAN);
         }
         for (int c = 0; c < NC; ++c) {
             const float y = pick[static_cast<std::size_t>(c)].of(pass);
             ys[static_cast<std::size_t>(c)].push_back(y);
-            if (own) {
-                if (std::isfinite(y)) st.YMAX = std::max(st.YMAX, y);
-            } else if (c < 2)
+            if (own)
+                take_max(st.YMAX, y);
+            else if (c < 2)
                 mami(st, c + 1, I, Z_MEAN, y);
         }
         if (I++ == N) break;
