@@ -9,7 +9,9 @@ if [ "$(id -u)" -ne 0 ]; then
     echo "setup: run as root or install sudo" >&2; exit 1; fi
 fi
 
-packages=(pgplot5 xvfb xdotool x11-utils ghostscript cmake g++ make libgtest-dev libbenchmark-dev clang-format clang libclang-rt-14-dev)
+packages=(pgplot5 xvfb xdotool x11-utils ghostscript cmake g++ make libgtest-dev libbenchmark-dev clang-format clang
+  libclang-rt-14-dev nlohmann-json3-dev libcpp-httplib-dev chromium chromium-driver python3-selenium groff-base man-db
+  dpkg-dev)
 
 missing=()
 for p in "${packages[@]}"; do
