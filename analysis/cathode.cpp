@@ -83,7 +83,7 @@ void cathode_plot(Session& s, const CathodePlot& c) {
             }
         }
     }
-    if (s.logo.FIT_REQUESTED) fit_hook(s, st.ID_F, NP, Z.data(), Y[0].data(), nullptr, {2, true});
+    if (s.logo.FIT_REQUESTED) fit_hook(s, st.ID_F, NP, Z.data(), {Y[0].data()}, {2, true});
     page_foot(s, false);
 }
 

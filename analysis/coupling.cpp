@@ -66,7 +66,10 @@ void pgex501(Session& s, int N, int SELECTION) {
             pg.pgsls(1);
         }
     }
-    fit_hook(s, st.ID_F, NP, Z.data(), Y1.data(), TWICE ? Y2.data() : nullptr);
+    if (TWICE)
+        fit_hook(s, st.ID_F, NP, Z.data(), {Y1.data(), Y2.data()});
+    else
+        fit_hook(s, st.ID_F, NP, Z.data(), {Y1.data()});
     if (s.logo.WITH_GEOMETRY) draw_overlay(s, Overlay::upper, st.ZMIN, st.ZMAX, st.YMIN, st.YMAX);
     page_foot(s, false);
 }

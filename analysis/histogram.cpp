@@ -176,7 +176,7 @@ void pgex331(Session& s, int N, int N_BINS) {
         draw_bars(s.pg, h);  // hatched
     }
 
-    fit_hook(s, st.ID_F, h.NBIN, h.X_AXIS.data(), h.ARRAYX.data(), nullptr,
+    fit_hook(s, st.ID_F, h.NBIN, h.X_AXIS.data(), {h.ARRAYX.data()},
              FitStyle{.first_colour = 2, .dashed = false});
     page_foot(s, false);
 }

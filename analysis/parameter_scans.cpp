@@ -91,7 +91,7 @@ void pgex301(Session& s, int N) {
         s.pg.pgpt(NP, Z.data(), Y.data(), 5);
     }
 
-    fit_hook(s, st.ID_F, NP, Z.data(), Y.data(), nullptr, FitStyle{.first_colour = 2, .dashed = true});
+    fit_hook(s, st.ID_F, NP, Z.data(), {Y.data()}, FitStyle{.first_colour = 2, .dashed = true});
     page_foot(s, false);
 }
 

@@ -182,7 +182,7 @@ void scan_plot(Session& s, int NSCAN, int NPHASE, const ScanPlot& p) {
     if (p.what == ScanOrdinate::energy) {
         pg.pgupdt();
         // The first scan's energies against the last scan's phases.
-        fit_hook(s, st.ID_F, t.NP, t.Z.data(), t.DAT.data(), nullptr);
+        fit_hook(s, st.ID_F, t.NP, t.Z.data(), {t.DAT.data()});
     }
     page_foot(s, false);
 }

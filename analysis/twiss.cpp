@@ -142,7 +142,7 @@ void draw_two_curves(Session& s, const TwoCurves& c, const TwoCurvePlot& p) {
         pg.pgline(NP, c.Z.data(), c.Y.data());
         pg.pgsls(1);
     }
-    fit_hook(s, st.ID_F, NP, c.Z.data(), c.X.data(), c.Y.data());
+    fit_hook(s, st.ID_F, NP, c.Z.data(), {c.X.data(), c.Y.data()});
     if (s.logo.WITH_GEOMETRY) draw_overlay(s, Overlay::mirrored, st.ZMIN, st.ZMAX, st.YMIN, st.YMAX);
     if (p.keys[0]) {
         const std::string text[] = {p.keys[0], p.keys[1]};

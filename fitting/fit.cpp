@@ -80,7 +80,7 @@ bool drawable(const FitVariables& fv, const std::vector<float>& y) {
 
 }  // namespace
 
-void fit_hook(Session& s, int& ID_F, int NP, const float* X, const float* Y1, const float* Y2,
+void fit_hook(Session& s, int& ID_F, int NP, const float* X, std::initializer_list<const float*> Y,
               FitStyle style) {
     if (!s.logo.FIT_REQUESTED) return;
     ReleaseAtEnd release{s};
@@ -89,9 +89,9 @@ void fit_hook(Session& s, int& ID_F, int NP, const float* X, const float* Y1, co
     // A hardcopy repeats the saved pick without showing the menu.
     if (s.FIT_PICK > 0) ID_F = s.FIT_PICK;
     if (!s.logo.TO_FILE) fit_menu(s, ID_F);
-    const int n_curves = Y2 ? 2 : 1;
-    fit(s, ID_F, 1, n_curves, NP, X, Y1);
-    if (n_curves == 2) fit(s, ID_F, 2, 2, NP, X, Y2);
+    const int n_curves = Y.size() >= 2 ? 2 : 1;
+    fit(s, ID_F, 1, n_curves, NP, X, Y.size() ? *Y.begin() : nullptr);
+    if (n_curves == 2) fit(s, ID_F, 2, 2, NP, X, *(Y.begin() + 1));
 
     Graphics& pg = s.pg;
     DrawBracket bracket(pg);

@@ -2,6 +2,8 @@
 // curves, and the hook by which a plot draws a fit over its curves.
 #pragma once
 
+#include <initializer_list>
+
 #include "core/session.hpp"
 
 namespace viewer {
@@ -21,9 +23,10 @@ struct FitStyle {
 };
 
 // The fit hook of a plot: menu (unless drawing to a file), one `fit` per
-// curve, the result drawn, the arrays released. `Y2` is null on a
-// one-curve plot.
-void fit_hook(Session& s, int& ID_F, int NP, const float* X, const float* Y1, const float* Y2,
+// curve, the result drawn, the arrays released. `Y` holds one ordinate
+// array a curve, one or two; the count is what it says, also where a curve
+// holds no point and its array is null.
+void fit_hook(Session& s, int& ID_F, int NP, const float* X, std::initializer_list<const float*> Y,
               FitStyle style = {});
 
 }  // namespace viewer

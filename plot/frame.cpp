@@ -267,9 +267,12 @@ void plot_along_z(Session& s, int N, const AlongZ& row) {
         if (keys && !row.keys.after_overlay) draw_keys(s, row.keys);
     }
 
-    if (row.fit && row.ranges == Ranges::running && s.logo.FIT_REQUESTED)
-        fit_hook(s, st.ID_F, p.NP, p.Z.data(), p.curve(0), p.curves >= 2 ? p.curve(1) : nullptr,
-                 row.fit_style);
+    if (row.fit && row.ranges == Ranges::running && s.logo.FIT_REQUESTED) {
+        if (p.curves >= 2)
+            fit_hook(s, st.ID_F, p.NP, p.Z.data(), {p.curve(0), p.curve(1)}, row.fit_style);
+        else
+            fit_hook(s, st.ID_F, p.NP, p.Z.data(), {p.curve(0)}, row.fit_style);
+    }
 
     if (s.logo.WITH_GEOMETRY) draw_overlay(s, row.overlay, st.ZMIN, st.ZMAX, st.YMIN, st.YMAX);
     if (keys && row.keys.after_overlay) draw_keys(s, row.keys);

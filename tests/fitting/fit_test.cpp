@@ -342,7 +342,10 @@ TEST(FitHook, CurvesDrawnInTheDrawingBracketThenReleased) {
         b.s->logo.FIT_REQUESTED = true;
         if (c.pick > 0) b.p.clicks = {{mark_x, mark_y(c.pick)}};
         int ID_F = 0;
-        fit_hook(*b.s, ID_F, 3, x.data(), c.y1.data(), c.y2.empty() ? nullptr : c.y2.data(), c.style);
+        if (c.y2.empty())
+            fit_hook(*b.s, ID_F, 3, x.data(), {c.y1.data()}, c.style);
+        else
+            fit_hook(*b.s, ID_F, 3, x.data(), {c.y1.data(), c.y2.data()}, c.style);
         EXPECT_EQ(ID_F, c.pick);
         EXPECT_EQ(b.s->logo.FIT_REQUESTED, c.pick != 18);
         std::vector<std::string> expected = {"pgbbuf", "pgsave"};
@@ -361,6 +364,20 @@ TEST(FitHook, CurvesDrawnInTheDrawingBracketThenReleased) {
     b.s->logo.FIT_REQUESTED = true;
     b.p.clicks = {{mark_x, mark_y(17)}};
     int ID_F = 0;
-    EXPECT_THROW(fit_hook(*b.s, ID_F, 3, x.data(), line.data(), line.data()), EndOfInput);
+    EXPECT_THROW(fit_hook(*b.s, ID_F, 3, x.data(), {line.data(), line.data()}), EndOfInput);
     EXPECT_TRUE(no_curve(b.fv()) && !b.s->ref.store_file);
+    // Two curves with no point in the zoom window: empty arrays may have null
+    // data, and each curve still gets its fit and its message.
+    for (const auto& [curves, messages] : {std::pair{2, 2}, std::pair{1, 1}}) {
+        FitBench e;
+        e.s->logo.FIT_REQUESTED = true;
+        e.p.clicks = {{mark_x, mark_y(3)}};
+        ID_F = 0;
+        if (curves == 2)
+            fit_hook(*e.s, ID_F, 0, nullptr, {nullptr, nullptr});
+        else
+            fit_hook(*e.s, ID_F, 0, nullptr, {nullptr});
+        EXPECT_EQ(viewer::testing::count_of(e.console(), "no valid data points"),
+                  static_cast<std::size_t>(messages));
+    }
 }
