@@ -66,11 +66,11 @@ Bars read_bars(Session& s, PlotState& st, int N, int V) {
         // The right edge of the last bar into the range; its height counts twice.
         const auto last = static_cast<std::size_t>(b.NP);
         mami(st, 1, I, b.right[last], b.height[last]);
-        out_mami(s.con.out, st, b.NP, 1, b.right.data() + 1, b.height.data() + 1);
+        out_mami(s, st, b.NP, 1, b.right.data() + 1, b.height.data() + 1);
     } else {
         // Without a bar there is nothing to report; the frame opens around
         // the starting position, or around 0 without one.
-        out_mami(s.con.out, st, 0, 1, nullptr, nullptr);
+        out_mami(s, st, 0, 1, nullptr, nullptr);
         st.ZMAX = st.ZMIN = b.NP == 1 ? b.right[1] : 0.0f;
     }
     return b;

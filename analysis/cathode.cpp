@@ -58,8 +58,8 @@ void cathode_plot(Session& s, const CathodePlot& c) {
         }
     }
     const int NP = st.NP = I - 1;
-    out_mami(s.con.out, st, NP, 1, Y[0].data(), Z.data());  // its "z" is the time here
-    st.XMAX = upper_limit(st.MAX_A[0]);                     // only the first curve sets the range
+    out_mami(s, st, NP, 1, Y[0].data(), Z.data());  // its "z" is the time here
+    st.XMAX = upper_limit(st.MAX_A[0]);             // only the first curve sets the range
     st.XMIN = lower_limit(YminRule::margin, st.MIN_A[0]);
     // Without the table the time axis is mended around 0 rather than kept
     // from another run's table, and nothing is drawn in it.

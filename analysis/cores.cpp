@@ -123,7 +123,7 @@ void pgex411(Session& s, int N) {
     if (sel != 14) {
         for (std::size_t c = 0; c < feeds; ++c)
             for (int i = 0; i < NP; ++i) st.YMAX = std::max(st.YMAX, p.curve(static_cast<int>(c))[i]);
-        out_mami(s.con.out, st, NP, 2, p.curve(0), p.curve(1));  // of the reduced beam
+        out_mami(s, st, NP, 2, p.curve(0), p.curve(1));  // of the reduced beam
     }
     st.YMAX = upper_limit(st.YMAX);
     st.YMIN = 0.0f;

@@ -45,7 +45,7 @@ void pgex501(Session& s, int N, int SELECTION) {
     }
     const int NP = st.NP = I - 1;
     const bool TWICE = s.TWICE;
-    out_mami(s.con.out, st, NP, TWICE ? 2 : 1, Y1.data(), Y2.data());
+    out_mami(s, st, NP, TWICE ? 2 : 1, Y1.data(), Y2.data());
 
     st.YMAX = std::max(st.MAX_A[0], st.MAX_A[1]);
     st.YMIN = SELECTION == 1 ? 0.0f : std::min(st.MIN_A[0], st.MIN_A[1]);

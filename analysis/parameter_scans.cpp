@@ -73,7 +73,7 @@ void pgex301(Session& s, int N) {
         }
     }
 
-    if (!s.logo.FIT_REQUESTED) out_mami(s.con.out, st, NP, 1, Y.data(), Y.data());
+    if (!s.logo.FIT_REQUESTED) out_mami(s, st, NP, 1, Y.data(), Y.data());
 
     // A tenth of the span above, and a tenth of the raised span below.
     st.YMAX = st.MAX_A[0] + std::fabs(0.1f * (st.MAX_A[0] - st.MIN_A[0]));

@@ -123,7 +123,7 @@ void draw_two_curves(Session& s, const TwoCurves& c, const TwoCurvePlot& p) {
         mami(st, 2, i + 1, c.Z[k], c.Y[k]);
     }
     st.NP = NP;
-    if (!s.logo.FIT_REQUESTED) out_mami(s.con.out, st, NP, 2, c.X.data(), c.Y.data());
+    if (!s.logo.FIT_REQUESTED) out_mami(s, st, NP, 2, c.X.data(), c.Y.data());
     st.YMAX = upper_limit(std::max(st.MAX_A[0], st.MAX_A[1]));
     st.YMIN = lower_limit(p.ymin, std::min(st.MIN_A[0], st.MIN_A[1]));
     check(st.ZMAX, st.ZMIN);

@@ -1,6 +1,7 @@
 // The options of the headless export.
 #include "app/command_line.hpp"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <string_view>
@@ -54,7 +55,46 @@ OutFormat format_of(const std::string& out) {
     throw UsageError("--out " + out + ": the name must end in .ps, .eps, .png or .pdf");
 }
 
+// A run number of a list: digits only, 0 to 999.
+int run_number(std::string_view t, std::string_view list) {
+    int n = -1;
+    if (t.empty() || t.find_first_not_of("0123456789") != std::string_view::npos || t.size() > 3 ||
+        !whole_int(t, n))
+        throw UsageError("--runs takes run numbers 0 to 999 such as 1,3,5 or 2-4,7 or all, not \"" +
+                         std::string(list) + "\"");
+    return n;
+}
+
 }  // namespace
+
+RunList parse_run_list(std::string_view text) {
+    RunList l;
+    if (text == "all") {
+        l.all = true;
+        return l;
+    }
+    auto add = [&](int n) {
+        if (std::find(l.runs.begin(), l.runs.end(), n) == l.runs.end()) l.runs.push_back(n);
+    };
+    std::string_view rest = text;
+    do {
+        const auto comma = rest.find(',');
+        const std::string_view item = rest.substr(0, comma);
+        rest = comma == std::string_view::npos ? std::string_view{} : rest.substr(comma + 1);
+        std::string_view a, b;
+        if (split(item, '-', a, b)) {
+            const int from = run_number(a, text), to = run_number(b, text);
+            for (int n = from;; n += from <= to ? 1 : -1) {
+                add(n);
+                if (n == to) break;
+            }
+        } else {
+            add(run_number(item, text));
+        }
+        if (comma != std::string_view::npos && rest.empty()) run_number(rest, text);  // a trailing comma
+    } while (!rest.empty());
+    return l;
+}
 
 bool wants_export(int argc, const char* const* argv) {
     for (int i = 1; i < argc; ++i)
@@ -108,6 +148,14 @@ ExportRequest parse_export(int argc, const char* const* argv) {
             const std::string v = value("--fit");
             if (!whole_int(v, r.fit) || r.fit < 1 || r.fit > 11)
                 throw UsageError("--fit takes a fit of the fit menu, 1 to 11, not \"" + v + "\"");
+        } else if (a == "--runs") {
+            r.runs = parse_run_list(value("--runs"));
+        } else if (a == "--csv") {
+            r.csv = value("--csv");
+            if (r.csv.empty()) throw UsageError("--csv needs a file name");
+        } else if (a == "--stats") {
+            r.stats = value("--stats");
+            if (r.stats.empty()) throw UsageError("--stats needs a file name");
         } else if (a == "--mono") {
             r.mono = true;
         } else if (a == "--size") {
@@ -123,17 +171,17 @@ ExportRequest parse_export(int argc, const char* const* argv) {
     }
     if (r.help) return r;
     if (r.list) {
-        if (!r.plots.empty() || r.overview)
-            throw UsageError("--list goes alone, without --plot or --overview");
+        if (!r.plots.empty() || r.overview || r.runs || !r.csv.empty() || !r.stats.empty())
+            throw UsageError("--list goes alone, without --plot, --overview, --runs, --csv or --stats");
         return r;
     }
     if (!r.plots.empty() && r.overview) throw UsageError("--plot and --overview go one at a time");
     if (r.plots.empty() && !r.overview)
         throw UsageError("nothing to draw: give --plot PAGE:ROW or --overview PAGE");
-    if (!have_out) throw UsageError("no --out FILE given");
+    if (!have_out && r.csv.empty() && r.stats.empty()) throw UsageError("no --out FILE given");
     if (r.format == OutFormat::eps && r.plots.size() > 1)
         throw UsageError("an .eps file holds one page: give one --plot, or write .ps or .pdf");
-    if ((r.width || r.height) && r.format != OutFormat::png)
+    if ((r.width || r.height) && (!have_out || r.format != OutFormat::png))
         throw UsageError("--size is for .png files only");
     return r;
 }
@@ -152,7 +200,7 @@ without a window. ARG names project and run as for the interactive viewer
                        the right column of page 3; one page per --plot
   --overview PAGE      the overview sheet of the page (rows 1 to 9)
   --out FILE           .ps colour PostScript, .eps one encapsulated page,
-                       .png (several plots: FILE, FILE_2, ...), .pdf
+                       .png (several plots: NAME.png, NAME_2.png, ...), .pdf
   --list               the rows this run offers, with their PAGE:ROW
   --zoom LOW:HIGH      the abscissa window of each plot's family
   --geometry[=FILE]    lay the aperture outline over the plots (Geometry.dat)
@@ -164,8 +212,16 @@ without a window. ARG names project and run as for the interactive viewer
                        11 double gauss
   --mono               curves told apart by line style
   --size WxH           pixels of a .png page
+  --runs LIST          several runs of the project on one plot: 1,3,5 or 1-5
+                       or 2-4,7 or all (every run in the directory); each run
+                       in its own colour with a key, for the rows drawn against z
+  --csv FILE           the points of each plot as drawn, one CSV file a plot
+                       (FILE, then NAME_2.csv, NAME_3.csv, ...); without --out
+                       nothing is drawn
+  --stats FILE         the statistics blocks and fit reports as JSON
 
-Statistics and fit reports go to standard output as in an interactive pass.
+Statistics and fit reports go to standard output as in an interactive pass,
+one block a run with --runs.
 Exit status: 0 done, 1 no data, a file that cannot be read or written,
 2 a command line that cannot be carried out.
 )";

@@ -5,11 +5,14 @@
 //   viewer [ARG] --overview PAGE --out FILE [options]
 //   viewer [ARG] --list
 //   viewer --help
+// --runs LIST lays several runs on one plot; --csv and --stats write the
+// numbers behind the plots.
 #pragma once
 
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace viewer {
@@ -27,6 +30,16 @@ struct RowRef {
     int code = 0;  // 1..17 left column, 31..41 right column
 };
 
+// The runs of --runs: in the order given, or every run of the project
+// found in the directory.
+struct RunList {
+    bool all = false;
+    std::vector<int> runs;  // 0..999, each once
+};
+
+// "1,3,5", "1-5", "2-4,7", "5-3" (downwards) or "all"; throws UsageError.
+RunList parse_run_list(std::string_view text);
+
 struct ExportRequest {
     std::string arg;  // the usual first argument; empty: rfgun, run 001
     bool has_arg = false;
@@ -43,7 +56,10 @@ struct ExportRequest {
     int bins = 0;  // 0: as configured
     int fit = 0;   // fit-menu pick 1..11; 0: none
     bool mono = false;
-    int width = 0, height = 0;  // PNG pixels; 0: the device's own
+    int width = 0, height = 0;    // PNG pixels; 0: the device's own
+    std::optional<RunList> runs;  // --runs
+    std::string csv;              // --csv FILE: the points of each plot
+    std::string stats;            // --stats FILE: statistics and fits as JSON
 };
 
 // True when the command line asks for the headless export (any argument

@@ -1,241 +1,389 @@
 // The headless front end beside the main loop, on the same page rows.
 #include "app/export.hpp"
 
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <ostream>
+#include <sstream>
 #include <string>
 
+#include "app/data_files.hpp"
 #include "app/dialogues.hpp"
+#include "app/export_files.hpp"
 #include "app/pages.hpp"
 #include "app/run_load.hpp"
 #include "app/startup.hpp"
 #include "app/windows.hpp"
 #include "core/fortran_format.hpp"
 #include "plot/aperture.hpp"
+#include "plot/runs.hpp"
 
 namespace viewer {
 namespace {
 
 namespace fs = std::filesystem;
 
-// A failure of the export that is not the command line's: exit status 1.
-struct ExportFailure : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
-std::string row_name(const RowRef& r) {
-    return std::to_string(r.page) + ":" + std::to_string(r.code);
+std::string row_name(int page, int code) {
+    return std::to_string(page) + ":" + std::to_string(code);
 }
 
-// The row of a --plot, checked against the pages and the tables of the run.
-const MenuRow& plot_row(Session& s, const RowRef& r) {
+// The row of a --plot: one that draws.
+const MenuRow& drawing_row(const RowRef& r) {
     const MenuRow* row = find_row(r.page, r.code);
     if (!row || !row->plot || !row->shown)
-        throw UsageError("row " + row_name(r) + " is blank: it draws nothing");
-    if (!available(*row, s.fexist) || r.page > s.window.N_PAGES)
-        throw UsageError("row " + row_name(r) + " (\"" + row->text +
-                         "\") is not available for this run: it needs " +
-                         (r.page > s.window.N_PAGES ? ".Sigma" : row->shown->needs));
+        throw UsageError("row " + row_name(r.page, r.code) + " is blank: it draws nothing");
     return *row;
 }
 
-bool on_path(const char* program) {
-    const char* path = std::getenv("PATH");
-    std::string_view rest = path ? path : "/usr/bin:/bin";
-    while (!rest.empty()) {
-        const auto colon = rest.find(':');
-        const fs::path dir(std::string(rest.substr(0, colon)));
-        if (::access((dir / program).c_str(), X_OK) == 0) return true;
-        rest = colon == std::string_view::npos ? std::string_view{} : rest.substr(colon + 1);
-    }
-    return false;
-}
-
-// Fails unless `path` can be written, with the system's reason.
-void check_writable(const std::string& path) {
-    std::FILE* f = std::fopen(path.c_str(), "a");
-    if (!f) throw ExportFailure("cannot write " + path + ": " + std::strerror(errno));
-    std::fclose(f);
-}
-
-void list_rows(Session& s) {
-    std::ostream& out = s.con.out;
-    for (int page = 1; page <= s.window.N_PAGES; ++page) {
-        s.window.PAGE = page;
-        page_fill(s);
-        out << "page " << page << "\n";
-        for (int code = 1; code <= 41; ++code) {
-            const MenuRow* row = find_row(page, code);
-            if (!row || !available(*row, s.fexist)) continue;
-            const std::string ref = row_name({page, code});
-            out << "  " << ref << std::string(ref.size() < 7 ? 7 - ref.size() : 1, ' ') << echo_text(s, code)
-                << "\n";
-        }
-    }
-}
-
-// PostScript to PDF through ghostscript, without a shell between.
-bool to_pdf(const std::string& ps, const std::string& pdf) {
-    const std::string out = "-sOutputFile=" + pdf;
-    const char* argv[] = {"gs",        "-q",       "-dSAFER", "-dBATCH", "-dNOPAUSE", "-sDEVICE=pdfwrite",
-                          out.c_str(), ps.c_str(), nullptr};
-    posix_spawn_file_actions_t quiet;
-    posix_spawn_file_actions_init(&quiet);
-    posix_spawn_file_actions_addopen(&quiet, 1, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&quiet, 2, "/dev/null", O_WRONLY, 0);
-    pid_t pid = 0;
-    const int rc = posix_spawnp(&pid, "gs", &quiet, nullptr, const_cast<char* const*>(argv), environ);
-    posix_spawn_file_actions_destroy(&quiet);
-    if (rc != 0) return false;
-    int status = 0;
-    while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-    }
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+// The tables the loaded run lacks for a row, as a user is told them; empty
+// when the row can be drawn.
+std::string lacking(const Session& s, const MenuRow& row, int page) {
+    if (page > s.window.N_PAGES) return ".Sigma";
+    return available(row, s.fexist) ? "" : row.shown->needs;
 }
 
 // Ends PGPLOT on every way out once a device was opened.
 struct PgplotEnd {
-    Graphics& pg;
+    Graphics* pg;
     bool open = false;
     ~PgplotEnd() {
-        if (open) pg.pgend();
+        if (open && pg) pg->pgend();
     }
 };
 
-// One pass of the main loop onto the file device: the plot bracket around
-// the dispatch of one row.
-void draw_row(Session& s, int code, bool first_of_sheet) {
-    Graphics& pg = s.pg;
-    s.window.SELECTION = code;
-    pg.pgslct(s.window.FILE_DEVICE);
-    if (!s.logo.OVERVIEW) c_pgsubp(s, 1, 1);
-    if (s.logo.OVERVIEW && first_of_sheet) c_pgsubp(s, 3, 3);
-    pg.pgsave();
-    pg.pgbbuf();
-    dispatch(s);
-    pg.pgebuf();
-    pg.pgupdt();
-    pg.pgunsa();
-}
+// What one run drew of a row, and the numbers of its statistics and fits.
+struct RunDraw {
+    int run;
+    std::vector<DrawCall> calls;
+    Reports numbers;
+};
 
-int export_run(Session& s, const ExportRequest& r, const std::tm& now) {
-    set_date(s, now);
-    set_win_config(s);  // the look only: this mode never writes the file
-    if (r.has_arg) {
-        s.FNAME = r.arg.substr(0, 80);
-        parse_arguments(s);
-    } else {
-        s.chara.PROJECT = "rfgun";
-        s.chara.RUN = ".001";
-        s.RUN_NUMBER = 1;
+class Export {
+public:
+    Export(Session& s, Capture& cap, const ExportRequest& r, std::ostream& err)
+        : s_(s), cap_(cap), r_(r), end_{cap.device()}, device_(cap.device()), err_(err) {}
+
+    int run(const std::tm& now) {
+        set_up(now);
+        if (r_.runs) {
+            runs_ = r_.runs->all ? runs_in_directory(s_, up_to_blank(s_.chara.PROJECT)) : r_.runs->runs;
+            if (runs_.empty()) throw ExportFailure("no runs of project " + project() + " in " + where());
+            base_ = -1;
+            for (int n : runs_)
+                if (load(n)) {
+                    base_ = n;
+                    break;
+                }
+            if (base_ < 0)
+                throw ExportFailure("no data files of project " + project() + " for the runs listed");
+        } else if (!load_run(s_)) {
+            throw ExportFailure("no data files of project " + project() + ", run " +
+                                s_.chara.RUN.substr(1, 3) + " in " + where());
+        }
+        if (r_.list) {
+            list_rows(s_);
+            return 0;
+        }
+        check_rows();
+        prepare_files();
+        if (r_.overview) {
+            sheet();
+        } else {
+            for (std::size_t k = 0; k < r_.plots.size(); ++k) plot(r_.plots[k], static_cast<int>(k) + 1);
+        }
+        finish();
+        return status_;
     }
-    build_page_title(s);
-    if (!load_run(s))
-        throw ExportFailure("no data files of project " + std::string(up_to_blank(s.chara.PROJECT)) +
-                            ", run " + s.chara.RUN.substr(1, 3) + " in " +
-                            fs::absolute(s.dir).lexically_normal().string());
-    if (r.list) {
-        list_rows(s);
-        return 0;
+
+private:
+    std::string project() const { return std::string(up_to_blank(s_.chara.PROJECT)); }
+    std::string where() const { return fs::absolute(s_.dir).lexically_normal().string(); }
+    bool drawing() const { return !r_.out.empty(); }
+    bool keeping() const { return !r_.csv.empty() || !r_.stats.empty(); }
+
+    void set_up(const std::tm& now) {
+        set_date(s_, now);
+        set_win_config(s_);  // the look only: this mode never writes the file
+        if (r_.has_arg) {
+            s_.FNAME = r_.arg.substr(0, 80);
+            parse_arguments(s_);
+        } else {
+            s_.chara.PROJECT = "rfgun";
+            s_.chara.RUN = ".001";
+            s_.RUN_NUMBER = 1;
+        }
+        build_page_title(s_);
     }
 
-    for (const RowRef& ref : r.plots) plot_row(s, ref);
-    if (r.overview > s.window.N_PAGES)
-        throw UsageError("page " + std::to_string(r.overview) +
-                         " is not available for this run: it needs .Sigma");
-    if (r.format == OutFormat::pdf && !on_path("gs"))
-        throw ExportFailure("writing " + r.out + " needs ghostscript (gs), which is not installed");
-    if (r.geometry) {
-        const std::string g = s.path(r.geometry_file);
-        if (!fs::is_regular_file(g)) throw ExportFailure("no aperture file " + g);
-        load_geom_file(s, g);
-        s.logo.GEOMETRY_LOADED = true;
-        s.logo.WITH_GEOMETRY = true;
+    // Makes run `n` the current one; false when it has no data.
+    bool load(int n) {
+        close_all(s_);
+        s_.RUN_NUMBER = n;
+        s_.chara.RUN = "." + run_digits(n);
+        build_page_title(s_);
+        return load_run(s_);
     }
-    if (r.bins) s.graph.N_BINS = r.bins;
 
-    const std::string target = s.path(r.out);
-    check_writable(target);
-    std::string file = target;
-    if (r.format == OutFormat::pdf) file = target + ".ps";  // converted below, then removed
-    if (r.format == OutFormat::png && r.width) {
-        ::setenv("PGPLOT_PNG_WIDTH", std::to_string(r.width).c_str(), 1);
-        ::setenv("PGPLOT_PNG_HEIGHT", std::to_string(r.height).c_str(), 1);
+    void check_rows() {
+        for (const RowRef& ref : r_.plots) {
+            const MenuRow& row = drawing_row(ref);
+            if (r_.runs && !along_z(ref.page, ref.code))
+                throw UsageError("row " + row_name(ref.page, ref.code) + " (\"" + row.text +
+                                 "\") shows one run: --runs lays runs over each other on the rows drawn "
+                                 "against z only");
+            if (!r_.runs && !lacking(s_, row, ref.page).empty())
+                throw UsageError("row " + row_name(ref.page, ref.code) + " (\"" + row.text +
+                                 "\") is not available for this run: it needs " + lacking(s_, row, ref.page));
+        }
+        if (!r_.runs && r_.overview > s_.window.N_PAGES)
+            throw UsageError("page " + std::to_string(r_.overview) +
+                             " is not available for this run: it needs .Sigma");
     }
-    const char* type = r.format == OutFormat::png ? "/PNG" : r.mono ? "/PS" : "/CPS";
-    s.chara.FILE_SPEC = file + type;
 
-    PgplotEnd end{s.pg};
-    s.window.FILE_DEVICE = s.pg.pgopen(s.chara.FILE_SPEC);
-    end.open = true;
-    if (s.window.FILE_DEVICE <= 0)
-        throw ExportFailure("cannot write " + file + ": the graphics library refused it");
-    s.logo.COLOUR = !r.mono;
-    s.logo.TO_FILE = true;
-    s.logo.SHOW_MENU = false;
-    set_hardcopy_look(s);
-    if (r.format == OutFormat::png && r.width)
-        s.pg.pgpap(0.0f, static_cast<float>(r.height) / static_cast<float>(r.width));
+    void prepare_files() {
+        if (drawing() && r_.format == OutFormat::pdf && !on_path("gs"))
+            throw ExportFailure("writing " + r_.out + " needs ghostscript (gs), which is not installed");
+        if (r_.geometry) {
+            const std::string g = s_.path(r_.geometry_file);
+            if (!fs::is_regular_file(g)) throw ExportFailure("no aperture file " + g);
+            load_geom_file(s_, g);
+            s_.logo.GEOMETRY_LOADED = true;
+            s_.logo.WITH_GEOMETRY = true;
+        }
+        if (r_.bins) s_.graph.N_BINS = r_.bins;
+        for (const std::string* f : {&r_.out, &r_.csv, &r_.stats})
+            if (!f->empty()) check_writable(s_.path(*f));
+        if (!r_.stats.empty()) s_.reports = &numbers_;
 
-    s.FIT_PICK = r.fit;
-    auto prepare = [&](int page, int code) {
-        s.window.PAGE = page;
-        page_fill(s);
-        if (r.zoom) {
-            const ZoomWindow w = zoom_family(s, page, code);
-            *w.lower = r.zoom_low;
-            *w.upper = r.zoom_high;
+        s_.logo.COLOUR = !r_.mono;
+        s_.logo.TO_FILE = true;
+        s_.logo.SHOW_MENU = false;
+        s_.FIT_PICK = r_.fit;
+        cap_.target(nullptr);  // nothing drawn until a device is open
+        if (drawing() && (r_.format != OutFormat::png || r_.overview)) open_device(s_.path(r_.out));
+    }
+
+    // The file device for `target`, through the capture.
+    void open_device(const std::string& target) {
+        file_ = target;
+        if (r_.format == OutFormat::pdf) file_ = target + ".ps";  // converted at the end, then removed
+        if (r_.format == OutFormat::png && r_.width) {
+            ::setenv("PGPLOT_PNG_WIDTH", std::to_string(r_.width).c_str(), 1);
+            ::setenv("PGPLOT_PNG_HEIGHT", std::to_string(r_.height).c_str(), 1);
+        }
+        const char* type = r_.format == OutFormat::png ? "/PNG" : r_.mono ? "/PS" : "/CPS";
+        s_.chara.FILE_SPEC = file_ + type;
+        cap_.target(device_);
+        s_.window.FILE_DEVICE = cap_.pgopen(s_.chara.FILE_SPEC);
+        end_.open = true;
+        if (s_.window.FILE_DEVICE <= 0)
+            throw ExportFailure("cannot write " + file_ + ": the graphics library refused it");
+        set_hardcopy_look(s_);
+        if (r_.format == OutFormat::png && r_.width)
+            cap_.pgpap(0.0f, static_cast<float>(r_.height) / static_cast<float>(r_.width));
+    }
+
+    void close_device() {
+        if (!cap_.device()) return;
+        cap_.pgclos();
+        cap_.target(nullptr);
+    }
+
+    void prepare(int page, int code) {
+        s_.window.PAGE = page;
+        page_fill(s_);
+        if (r_.zoom) {
+            const ZoomWindow w = zoom_family(s_, page, code);
+            *w.lower = r_.zoom_low;
+            *w.upper = r_.zoom_high;
             *w.zoomed = true;
         }
-        s.logo.FIT_REQUESTED = r.fit > 0;
-    };
-    if (r.overview) {
-        s.logo.OVERVIEW = true;
-        for (int code = 1; code <= 9; ++code) {
-            prepare(r.overview, code);
-            draw_row(s, code, code == 1);
-        }
-        s.logo.OVERVIEW = false;
-        title(s);
-    } else {
-        for (const RowRef& ref : r.plots) {
-            prepare(ref.page, ref.code);
-            s.con.out << " " << std::string(74, '-') << "\n"
-                      << " " << echo_text(s, ref.code) << "\n";
-            draw_row(s, ref.code, false);
-        }
+        s_.logo.FIT_REQUESTED = r_.fit > 0;
     }
-    s.pg.pgclos();
-    s.logo.TO_FILE = false;
 
-    if (r.format == OutFormat::pdf) {
-        const bool ok = to_pdf(file, target);
-        std::error_code ec;
-        fs::remove(file, ec);
-        if (!ok) throw ExportFailure("ghostscript could not turn the plots into " + target);
+    // The plot bracket of one pass of the main loop, on the file device.
+    void begin_row(bool first_of_sheet) {
+        cap_.pgslct(s_.window.FILE_DEVICE);
+        if (!s_.logo.OVERVIEW) c_pgsubp(s_, 1, 1);
+        if (s_.logo.OVERVIEW && first_of_sheet) c_pgsubp(s_, 3, 3);
+        cap_.pgsave();
+        cap_.pgbbuf();
     }
-    s.con.out.flush();
-    return 0;
-}
+    void end_row() {
+        cap_.pgebuf();
+        cap_.pgupdt();
+        cap_.pgunsa();
+    }
+
+    // The row as the loaded run draws it, kept when its numbers are asked for.
+    RunDraw draw_row(int page, int code) {
+        prepare(page, code);
+        s_.window.SELECTION = code;
+        cap_.record(keeping());
+        dispatch(s_);
+        cap_.record(false);
+        RunDraw d{base_run(), cap_.take(), std::move(numbers_)};
+        numbers_.clear();
+        return d;
+    }
+
+    void plot(const RowRef& ref, int index) {
+        if (drawing() && r_.format == OutFormat::png) open_device(numbered(s_.path(r_.out), index));
+        s_.window.PAGE = ref.page;
+        page_fill(s_);
+        s_.con.out << " " << std::string(74, '-') << "\n"
+                   << " " << echo_text(s_, ref.code) << "\n";
+        if (r_.runs) {
+            if (!over_runs(ref.page, ref.code, false))
+                throw ExportFailure("no run of the list has the tables of row " +
+                                    row_name(ref.page, ref.code));
+        } else {
+            begin_row(false);
+            std::vector<RunDraw> one;
+            one.push_back(draw_row(ref.page, ref.code));
+            end_row();
+            keep(ref.page, ref.code, one);
+        }
+        if (drawing() && r_.format == OutFormat::png) close_device();
+    }
+
+    void sheet() {
+        s_.logo.OVERVIEW = true;
+        for (int code = 1; code <= 9; ++code) {
+            if (r_.runs && along_z(r_.overview, code) && over_runs(r_.overview, code, code == 1)) continue;
+            if (r_.runs) load(base_);
+            begin_row(code == 1);
+            std::vector<RunDraw> one;
+            one.push_back(draw_row(r_.overview, code));
+            end_row();
+            keep(r_.overview, code, one);
+        }
+        s_.logo.OVERVIEW = false;
+        if (r_.runs) s_.chara.PAGE_TITLE = foot(runs_);
+        title(s_);
+    }
+
+    int base_run() const { return r_.runs ? base_ : s_.RUN_NUMBER; }
+
+    // The row drawn for every run of the list that has its tables, laid on
+    // one frame; false when none has them.
+    bool over_runs(int page, int code, bool first_of_sheet) {
+        const MenuRow& row = *find_row(page, code);
+        std::vector<RunDraw> kept;
+        std::vector<RunPage> pages;
+        Graphics* device = cap_.device();
+        const bool colour = s_.logo.COLOUR;
+        for (int n : runs_) {
+            const std::string digits = run_digits(n);
+            std::string lacks = load(n) ? lacking(s_, row, page) : row.shown->needs;
+            if (!lacks.empty()) {
+                err_ << "viewer: run " << digits << " is left out of row " << row_name(page, code)
+                     << ": it has no " << lacks << "\n";
+                continue;
+            }
+            s_.con.out << "     run " << digits << "\n";
+            cap_.target(nullptr);    // each run is kept, then all are drawn at once
+            s_.logo.COLOUR = false;  // the curves of a run told apart by line style
+            cap_.record(true);
+            prepare(page, code);
+            s_.window.SELECTION = code;
+            dispatch(s_);
+            cap_.record(false);
+            s_.logo.COLOUR = colour;
+            cap_.target(device);
+            pages.push_back({"run " + digits, cap_.take()});
+            kept.push_back({n, pages.back().calls, std::move(numbers_)});
+            numbers_.clear();
+        }
+        if (pages.empty()) return false;
+        std::vector<int> numbers;
+        for (const RunDraw& k : kept) numbers.push_back(k.run);
+        begin_row(first_of_sheet);
+        draw_runs(s_, pages, foot(numbers));
+        end_row();
+        keep(page, code, kept);
+        return true;
+    }
+
+    // "rfgun 001,002,003  24.11  09:05"
+    std::string foot(const std::vector<int>& runs) const {
+        std::string list;
+        if (runs.size() <= 6) {
+            for (int n : runs) list += (list.empty() ? "" : ",") + run_digits(n);
+        } else {
+            list = run_digits(runs.front()) + "..." + run_digits(runs.back());
+        }
+        return project() + " " + list + "  " + s_.DATE.substr(4, 12);
+    }
+
+    // The points and numbers of one plot, a run at a time.
+    void keep(int page, int code, const std::vector<RunDraw>& runs) {
+        if (!keeping()) return;
+        std::vector<Figure> figures;
+        for (const RunDraw& r : runs) figures.push_back(figure_of(r.calls));
+        const Figure none;
+        const auto columns = columns_of(page, code, figures.empty() ? none : figures.front());
+        if (!r_.csv.empty()) {
+            const bool wide = shares_abscissae(figures);
+            std::vector<PointTable> tables;
+            std::vector<int> numbers;
+            for (std::size_t k = 0; k < figures.size(); ++k) {
+                tables.push_back(point_table(figures[k], columns, wide));
+                numbers.push_back(runs[k].run);
+            }
+            std::ostringstream text;
+            write_csv(text, tables, r_.runs ? std::span<const int>(numbers) : std::span<const int>());
+            write_file(numbered(s_.path(r_.csv), ++csv_files_), text.str());
+        }
+        if (r_.stats.empty()) return;
+        s_.window.PAGE = page;
+        page_fill(s_);
+        for (std::size_t k = 0; k < figures.size(); ++k)
+            reports_.push_back({row_name(page, code), echo_text(s_, code),
+                                figures[k].panels.empty() ? "" : plain_label(figures[k].panels.front().top),
+                                runs[k].run, columns, runs[k].numbers});
+    }
+
+    void finish() {
+        close_device();
+        s_.logo.TO_FILE = false;
+        s_.reports = nullptr;
+        if (drawing() && r_.format == OutFormat::pdf) {
+            const std::string target = s_.path(r_.out);
+            const bool ok = to_pdf(file_, target);
+            std::error_code ec;
+            fs::remove(file_, ec);
+            if (!ok) throw ExportFailure("ghostscript could not turn the plots into " + target);
+        }
+        if (!r_.stats.empty()) write_file(s_.path(r_.stats), stats_json(project(), reports_));
+        s_.con.out.flush();
+    }
+
+    Session& s_;
+    Capture& cap_;
+    const ExportRequest& r_;
+    PgplotEnd end_;
+    Graphics* device_;  // the file device the capture passes drawing on to
+    std::ostream& err_;
+    std::string file_;
+    std::vector<int> runs_;
+    int base_ = 0;
+    int status_ = 0;
+    int csv_files_ = 0;
+    Reports numbers_;
+    std::vector<PlotReport> reports_;
+};
 
 }  // namespace
 
-int run_export(Session& s, const ExportRequest& r, const std::tm& now, std::ostream& err) {
+int run_export(Session& s, Capture& capture, const ExportRequest& r, const std::tm& now, std::ostream& err) {
     if (r.help) {
         s.con.out << export_usage();
         return 0;
     }
     try {
-        return export_run(s, r, now);
+        return Export(s, capture, r, err).run(now);
     } catch (const UsageError& e) {
         err << "viewer: " << e.what() << "\n";
         return 2;

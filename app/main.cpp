@@ -6,6 +6,7 @@
 
 #include "app/command_line.hpp"
 #include "app/export.hpp"
+#include "app/export_files.hpp"
 #include "app/main_loop.hpp"
 
 namespace {
@@ -35,10 +36,12 @@ int main(int argc, char** argv) {
             std::cerr << "viewer: " << e.what() << "\n";
             return 2;
         }
+        viewer::OwnStderr quiet;  // the library's notes stay off the terminal
         NoPointer pointer;
         std::istringstream no_input;  // nothing is ever asked
-        viewer::Session session(*graphics, pointer, no_input, std::cout);
-        return viewer::run_export(session, request, now, std::cerr);
+        viewer::Capture capture(graphics.get());
+        viewer::Session session(capture, pointer, no_input, std::cout);
+        return viewer::run_export(session, capture, request, now, quiet.err());
     }
 
     auto pointer = viewer::make_pgplot_pointer();

@@ -207,6 +207,23 @@ void page_fill(Session& s) {
     for (int i = 19; i <= 25; ++i) m.LEFT_TEXT[static_cast<std::size_t>(i)] = pad(kCommon[i - 19], 33);
 }
 
+bool along_z(int page, int code) {
+    const MenuRow* row = find_row(page, code);
+    if (!row || !row->plot) return false;
+    switch (page) {
+        case 1:
+            return code <= 13;
+        case 2:
+            return code >= 5;
+        case 4:
+            return code <= 14;
+        case 5:
+            return code <= 4;
+        default:
+            return false;
+    }
+}
+
 std::string echo_text(const Session& s, int code) {
     const std::string& t = code > 30 ? s.menue.RIGHT_TEXT.at(static_cast<std::size_t>(code - 30))
                                      : s.menue.LEFT_TEXT.at(static_cast<std::size_t>(code));

@@ -42,6 +42,9 @@ void page_fill(Session& s);
 // Row 18 follows the geometry flag.
 void write_geometry_row(Session& s);
 
+// A row drawn against z, whose curves several runs can share one frame.
+bool along_z(int page, int code);
+
 // The text echoed after a pick.
 std::string echo_text(const Session& s, int code);
 

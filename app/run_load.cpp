@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
@@ -143,6 +144,26 @@ bool load_run(Session& s) {
         if (k.kind == Kind::Sigma) s.window.N_PAGES = 5;
     }
     return !s.NO_FOUND;
+}
+
+std::vector<int> runs_in_directory(const Session& s, std::string_view project) {
+    std::vector<int> runs;
+    std::error_code ec;
+    for (std::filesystem::directory_iterator it(s.dir.empty() ? "." : s.dir, ec), end; !ec && it != end;
+         it.increment(ec)) {
+        const std::string name = it->path().filename().string();
+        // <project><suffix>.<three digits>
+        if (name.size() < 5 || name[name.size() - 4] != '.') continue;
+        const std::string_view digits = std::string_view(name).substr(name.size() - 3);
+        if (digits.find_first_not_of("0123456789") != std::string_view::npos) continue;
+        const std::string_view stem = std::string_view(name).substr(0, name.size() - 4);
+        const RunKind* k = kind_of_stem(stem);
+        if (!k || stem.substr(0, stem.size() - std::strlen(k->suffix)) != project) continue;
+        runs.push_back((digits[0] - '0') * 100 + (digits[1] - '0') * 10 + (digits[2] - '0'));
+    }
+    std::sort(runs.begin(), runs.end());
+    runs.erase(std::unique(runs.begin(), runs.end()), runs.end());
+    return runs;
 }
 
 }  // namespace viewer

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "core/session.hpp"
 
@@ -15,6 +17,10 @@ bool load_run(Session& s);
 // Number of records of a file: non-blank lines of a text file, or records
 // of a binary file. Missing file: message and stop.
 void get_size(Session& s, const std::string& name, int& count);
+
+// The run numbers of `project` in the working directory, ascending: those
+// of every file named <project><suffix>.<three digits> of a kind.
+std::vector<int> runs_in_directory(const Session& s, std::string_view project);
 
 // Closes every run file of the run.
 void close_all(Session& s);

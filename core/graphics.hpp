@@ -10,9 +10,17 @@
 
 namespace viewer {
 
+// What the drawing calls that follow show. PGPLOT has no such call and the
+// library ignores it; a front end that takes a page apart (the points
+// behind a plot, several runs on one frame) tells by it the plot's data
+// from its fit, the aperture outline, the key and the page foot.
+enum class Layer { data, fit, outline, key, foot };
+
 class Graphics {
 public:
     virtual ~Graphics() = default;
+    // annotation, not a library call
+    virtual void layer(Layer) {}
     // devices
     virtual int pgopen(const std::string& device) = 0;  // id > 0, or <= 0 on failure
     virtual void pgslct(int id) = 0;
@@ -72,6 +80,18 @@ public:
 // The real library.
 std::unique_ptr<Graphics> make_pgplot_graphics();
 std::unique_ptr<Pointer> make_pgplot_pointer();
+
+// Marks what a helper draws, and the plot's data again when it is done.
+class LayerScope {
+public:
+    LayerScope(Graphics& pg, Layer l) : pg_(pg) { pg_.layer(l); }
+    ~LayerScope() { pg_.layer(Layer::data); }
+    LayerScope(const LayerScope&) = delete;
+    LayerScope& operator=(const LayerScope&) = delete;
+
+private:
+    Graphics& pg_;
+};
 
 // The buffered, saved drawing state as a guard: opened by the constructor,
 // closed by `close()` or when it leaves scope, so no path, a stop on a bad

@@ -14,6 +14,7 @@
 #include "core/fit_variables.hpp"
 #include "core/graphics.hpp"
 #include "core/records.hpp"
+#include "core/reports.hpp"
 #include "core/run_files.hpp"
 
 namespace viewer {
@@ -92,8 +93,9 @@ struct Session {
     RefCurveState ref;
     Page2State page2;
 
-    int ID_START = 0;  // LAST_SELECTION saved during an overview
-    int FIT_PICK = 0;  // a front end without a menu: the pick every fit hook applies
+    int ID_START = 0;            // LAST_SELECTION saved during an overview
+    int FIT_PICK = 0;            // a front end without a menu: the pick every fit hook applies
+    Reports* reports = nullptr;  // set: the numbers of statistics and fits are kept there too
 
     // A file name in the working directory.
     std::string path(const std::string& name) const {

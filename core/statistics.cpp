@@ -58,6 +58,17 @@ void out_mami(std::ostream& out, PlotState& st, int NP, int ID, const float* Y1,
     }
 }
 
+void out_mami(Session& s, PlotState& st, int NP, int ID, const float* Y1, const float* Y2) {
+    out_mami(s.con.out, st, NP, ID, Y1, Y2);
+    if (!s.reports || NP < 1) return;
+    const float* y[] = {Y1, Y2};
+    for (int c = 0; c < ID; ++c) {
+        const auto k = static_cast<std::size_t>(c);
+        s.reports->curves.push_back({c + 1, NP, y[k][0], y[k][NP - 1], st.MIN_A[k], st.MIN_A[k + 2],
+                                     st.MAX_A[k], st.MAX_A[k + 2], st.AVR[k]});
+    }
+}
+
 void check(float& UPPER, float& LOWER) {
     // A bound that is not finite takes the other one, or zero, and the
     // range then opens as an empty one.

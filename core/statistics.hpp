@@ -31,6 +31,10 @@ void mami(PlotState& st, int ID, int I, float Z, float Y);
 // curves (1 or 2). With NP below 1 it clears the extremes and prints nothing.
 void out_mami(std::ostream& out, PlotState& st, int NP, int ID, const float* Y1, const float* Y2);
 
+// The same block on the session's console; its numbers also go to the
+// session's reports when it keeps them.
+void out_mami(Session& s, PlotState& st, int NP, int ID, const float* Y1, const float* Y2);
+
 // Mends an empty range in place: equal bounds open by 10 % of the value,
 // or to -0.1 .. 0.1 around zero. A bound that is not finite (NaN, infinity)
 // first takes the value of the other, or zero when neither is finite.

@@ -208,6 +208,7 @@ PanelView view(float x1, float x2, float y1, float y2) {
 
 // The outline in the plot's own axes, solid: once, and mirrored if asked.
 void own_axes_outline(Session& s, bool mirrored) {
+    LayerScope outline(s.pg, Layer::outline);
     const Geometry& g = s.geometry;
     s.pg.pgline(g.GEOM_N, g.GEOM_Z.data(), g.GEOM_R.data());
     if (!mirrored) return;
@@ -402,6 +403,7 @@ void pgex16(Session& s) {
     }
     if (s.logo.WITH_GEOMETRY) {
         // The two-panel overlay window, inside no bracket of its own.
+        LayerScope outline(pg, Layer::outline);
         ensure_geometry(s);
         Geometry& g = s.geometry;
         const float RMAX = 1.05f * g.GEOM_RMAX;

@@ -12,8 +12,8 @@
 namespace viewer {
 namespace {
 
-void print_extremum(std::ostream& out, const Extremum& e) {
-    out << "     Extremum at x0 =" << fmt_d(e.x0) << ",  Y(x0) =" << fmt_d(e.y0) << '\n';
+void print_extremum(ReportOut& out, const Extremum& e) {
+    out.os << "     Extremum at x0 =" << fmt_d(e.x0) << ",  Y(x0) =" << fmt_d(e.y0) << '\n';
 }
 
 enum class Grid { first_to_last, valid_range, with_margin };
@@ -26,12 +26,12 @@ struct ClosedModel {
     int N_FIT = 0;                  // curve points
     Grid grid = Grid::first_to_last;
     ClosedFit (*solve)(std::span<const float>, std::span<const float>) = nullptr;
-    void (*print)(std::ostream&, const ClosedFit&) = nullptr;  // coefficient lines
-    double (*curve)(float x, const ClosedFit&) = nullptr;      // y on the grid
+    void (*print)(ReportOut&, const ClosedFit&) = nullptr;  // coefficient lines
+    double (*curve)(float x, const ClosedFit&) = nullptr;   // y on the grid
 };
 
 void run(Session& s, const FitCall& c, const ClosedModel& m) {
-    std::ostream& out = s.con.out;
+    ReportOut out = report_out(s, c);
     FitVariables& fv = s.fit_variables;
     const ClosedFit r = m.solve(c.xs(), c.ys());
     if (r.status == FitStatus::no_valid_points) {
@@ -48,6 +48,15 @@ void run(Session& s, const FitCall& c, const ClosedModel& m) {
     print_header(out, c, m.header);
     if (m.counts) print_count(out, r.ZCOUNT);
     m.print(out, r);
+    if (out.record) {
+        // The curve's deviations at the points it was fitted to.
+        double sum = 0;
+        for (std::size_t i = 0; i < c.xs().size(); ++i) {
+            const double y = c.ys()[i], d = y - m.curve(c.xs()[i], r);
+            if ((!m.counts || y > 0) && std::isfinite(d)) sum += d * d;
+        }
+        out.record->residual = sum;
+    }
 
     const CurveSlots slots = allocate_curve(fv, c.CURVE, m.N_FIT);
     switch (m.grid) {
@@ -71,7 +80,7 @@ const ClosedModel aoverr_model{
     .grid = Grid::first_to_last,
     .solve = solve_aoverr,
     .print =
-        [](std::ostream& out, const ClosedFit& r) {
+        [](ReportOut& out, const ClosedFit& r) {
             print_value(out, "A  =  ", r.coef[0]);
             print_value(out, "r0 =  ", r.coef[1]);
         },
@@ -85,7 +94,7 @@ const ClosedModel square_root_model{
     .grid = Grid::first_to_last,
     .solve = solve_square_root,
     .print =
-        [](std::ostream& out, const ClosedFit& r) {
+        [](ReportOut& out, const ClosedFit& r) {
             print_value(out, "a  =  ", r.coef[0]);
             print_value(out, "b  =  ", r.coef[1]);
         },
@@ -103,7 +112,7 @@ const ClosedModel straight_model{
     .grid = Grid::first_to_last,
     .solve = solve_straight,
     .print =
-        [](std::ostream& out, const ClosedFit& r) {
+        [](ReportOut& out, const ClosedFit& r) {
             print_value(out, "a  =  ", r.coef[0]);
             print_value(out, "b  =  ", r.coef[1]);
             if (r.coef[1] != 0.0) print_value(out, "zero crossing =  ", -r.coef[0] / r.coef[1]);
@@ -118,7 +127,7 @@ const ClosedModel parabolic_model{
     .grid = Grid::first_to_last,
     .solve = solve_parabolic,
     .print =
-        [](std::ostream& out, const ClosedFit& r) {
+        [](ReportOut& out, const ClosedFit& r) {
             print_value(out, "a  =  ", r.coef[0]);
             print_value(out, "b  =  ", r.coef[1]);
             print_value(out, "c  =  ", r.coef[2]);
@@ -138,7 +147,7 @@ const ClosedModel power_model{
     .grid = Grid::valid_range,
     .solve = solve_power,
     .print =
-        [](std::ostream& out, const ClosedFit& r) {
+        [](ReportOut& out, const ClosedFit& r) {
             print_value(out, "a  =  ", r.coef[0]);
             print_value(out, "n  =  ", r.coef[1]);
         },
@@ -154,7 +163,7 @@ const ClosedModel exponential_model{
     .grid = Grid::first_to_last,
     .solve = solve_exponential,
     .print =
-        [](std::ostream& out, const ClosedFit& r) {
+        [](ReportOut& out, const ClosedFit& r) {
             print_value(out, "a  =  ", r.coef[0]);
             print_value(out, "b  =  ", r.coef[1]);
         },
@@ -169,7 +178,7 @@ const ClosedModel mod_exponential_model{
     .grid = Grid::valid_range,
     .solve = solve_mod_exponential,
     .print =
-        [](std::ostream& out, const ClosedFit& r) {
+        [](ReportOut& out, const ClosedFit& r) {
             print_value(out, "a  =  ", std::exp(r.coef[0]));
             print_value(out, "b  =  ", r.coef[1]);
             print_value(out, "c  =  ", r.coef[2]);
@@ -189,7 +198,7 @@ const ClosedModel pol_3rd_model{
     .grid = Grid::with_margin,
     .solve = solve_pol_3rd,
     .print =
-        [](std::ostream& out, const ClosedFit& r) {
+        [](ReportOut& out, const ClosedFit& r) {
             print_value(out, "a   =  ", r.coef[0]);
             print_value(out, "b   =  ", r.coef[1]);
             print_value(out, "c   =  ", r.coef[2]);

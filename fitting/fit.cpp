@@ -9,7 +9,13 @@
 namespace viewer {
 
 void fit(Session& s, int ID_F, int CURVE, int N_CURVES, int NP, const float* X, const float* Y) {
-    const FitCall c{CURVE, N_CURVES, NP, X, Y};
+    FitCall c{CURVE, N_CURVES, NP, X, Y};
+    if (s.reports && ID_F >= 1 && ID_F <= 11) {
+        FitReport& r = s.reports->fits.emplace_back();
+        r.curve = CURVE;
+        r.pick = ID_F;
+        c.record = &r;
+    }
     switch (ID_F) {
         case 1:
             aoverr(s, c);
@@ -94,6 +100,7 @@ void fit_hook(Session& s, int& ID_F, int NP, const float* X, std::initializer_li
     if (n_curves == 2) fit(s, ID_F, 2, 2, NP, X, *(Y.begin() + 1));
 
     Graphics& pg = s.pg;
+    LayerScope layer(pg, Layer::fit);
     DrawBracket bracket(pg);
     pg.pgsci(style.first_colour);
     if (style.dashed) pg.pgsls(2);

@@ -13,7 +13,9 @@ void print_rule(std::ostream& out) {
     out << ' ' << std::string(74, '-') << '\n';
 }
 
-void print_header(std::ostream& out, const FitCall& c, std::string_view formula) {
+void print_header(ReportOut& r, const FitCall& c, std::string_view formula) {
+    std::ostream& out = r.os;
+    if (r.record) r.record->model = formula;
     if (c.CURVE == 1) {
         print_rule(out);
         out << "     " << formula << '\n';
@@ -23,19 +25,28 @@ void print_header(std::ostream& out, const FitCall& c, std::string_view formula)
     if (c.CURVE + c.N_CURVES == 4) out << "\n     red line: \n";
 }
 
-void print_count(std::ostream& out, int ZCOUNT, bool many_form) {
+void print_count(ReportOut& r, int ZCOUNT, bool many_form) {
+    std::ostream& out = r.os;
+    if (r.record) r.record->neglected = ZCOUNT;
     if (ZCOUNT == 1 && !many_form)
         out << "     1 value lower or equal zero is neglected\n";
     else if (ZCOUNT > 1 || many_form)
         out << "     " << fmt_i(ZCOUNT, 5) << " values lower or equal zero are neglected\n";
 }
 
-void print_value(std::ostream& out, std::string_view label, double v) {
-    out << "     " << label << fmt_d(v) << '\n';
+void print_value(ReportOut& r, std::string_view label, double v) {
+    r.os << "     " << label << fmt_d(v) << '\n';
+    if (!r.record) return;
+    // "a   =  " names the value "a".
+    std::string_view name = label.substr(0, label.find('='));
+    while (!name.empty() && name.back() == ' ') name.remove_suffix(1);
+    if (name == "chi squared") r.record->residual = v;
+    r.record->values.emplace_back(std::string(name), v);
 }
 
-void print_short(std::ostream& out, std::string_view message) {
-    out << "\n     " << message << '\n';
+void print_short(ReportOut& r, std::string_view message) {
+    r.os << "\n     " << message << '\n';
+    if (r.record) r.record->message = message;
 }
 
 CurveSlots allocate_curve(FitVariables& fv, int CURVE, int N_FIT) {

@@ -13,32 +13,44 @@ namespace viewer {
 
 // One call of a fit routine, as `fit` forwards it.
 struct FitCall {
-    int CURVE = 1;             // which of the plot's curves: 1 or 2
-    int N_CURVES = 1;          // how many curves the plot fits in this pass
-    int NP = 0;                // points of the curve
-    const float* X = nullptr;  // abscissae, in the plot's order and units
-    const float* Y = nullptr;  // ordinates
+    int CURVE = 1;                // which of the plot's curves: 1 or 2
+    int N_CURVES = 1;             // how many curves the plot fits in this pass
+    int NP = 0;                   // points of the curve
+    const float* X = nullptr;     // abscissae, in the plot's order and units
+    const float* Y = nullptr;     // ordinates
+    FitReport* record = nullptr;  // set: the report's numbers are kept there too
 
     std::span<const float> xs() const { return {X, static_cast<std::size_t>(NP > 0 ? NP : 0)}; }
     std::span<const float> ys() const { return {Y, static_cast<std::size_t>(NP > 0 ? NP : 0)}; }
 };
+
+// Where a report goes: the console, and its numbers to the call's record
+// when the session keeps them.
+struct ReportOut {
+    std::ostream& os;
+    FitReport* record = nullptr;
+};
+inline ReportOut report_out(Session& s, const FitCall& c) {
+    return {s.con.out, c.record};
+}
 
 // The rule of 74 dashes that opens a report, with its leading blank.
 void print_rule(std::ostream& out);
 
 // The formula header (only for the first curve), then "black line: " or
 // "red line: " when the plot fits two curves.
-void print_header(std::ostream& out, const FitCall& c, std::string_view formula);
+void print_header(ReportOut& out, const FitCall& c, std::string_view formula);
 
 // "... values lower or equal zero are neglected", or nothing for 0. The
 // many-points form is forced where no point at all was valid.
-void print_count(std::ostream& out, int ZCOUNT, bool many_form = false);
+void print_count(ReportOut& out, int ZCOUNT, bool many_form = false);
 
-// Five blanks, the label and a 12-column value field.
-void print_value(std::ostream& out, std::string_view label, double v);
+// Five blanks, the label and a 12-column value field. "chi squared" is
+// also the residual of the record.
+void print_value(ReportOut& out, std::string_view label, double v);
 
 // A blank line and an indented message ("no valid data points", ...).
-void print_short(std::ostream& out, std::string_view message);
+void print_short(ReportOut& out, std::string_view message);
 
 // Sets N_FIT and sizes the arrays the call fills: `X_FIT` always, and the
 // ordinates of its curve, cleared to 0. Returns the two to fill.

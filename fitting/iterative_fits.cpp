@@ -252,17 +252,21 @@ IterativeFit solve_dgauss_fit(std::span<const float> X, std::span<const float> Y
 namespace {
 
 // The refusals before solving; true when the routine may go on.
-bool admitted(Session& s, const IterativeFit& r) {
+bool admitted(Session& s, const FitCall& c, const IterativeFit& r) {
     if (r.status == FitStatus::ok) return true;
-    print_short(s.con.out, r.status == FitStatus::no_valid_points ? "no valid data points" : "no solution");
+    ReportOut out = report_out(s, c);
+    print_short(out, r.status == FitStatus::no_valid_points ? "no valid data points" : "no solution");
     s.fit_variables.N_FIT = 0;
     return false;
 }
 
 // The minimiser's own words, where they fall in the report.
-void report(std::ostream& out, LmStatus st) {
-    if (st == LmStatus::singular) out << "\n     Singluar matrix; no solution for fit\n\n";
-    if (st == LmStatus::no_convergence) out << " No convergence after 50 iterations\n";
+void report(ReportOut& out, LmStatus st) {
+    if (st == LmStatus::singular) out.os << "\n     Singluar matrix; no solution for fit\n\n";
+    if (st == LmStatus::no_convergence) out.os << " No convergence after 50 iterations\n";
+    if (out.record && st == LmStatus::singular) out.record->message = "Singluar matrix; no solution for fit";
+    if (out.record && st == LmStatus::no_convergence)
+        out.record->message = "No convergence after 50 iterations";
 }
 
 double gauss_curve(float x, const double* A) {
@@ -274,8 +278,8 @@ double gauss_curve(float x, const double* A) {
 
 void odd_pol(Session& s, const FitCall& c) {
     const IterativeFit r = solve_odd_pol(c.xs(), c.ys());
-    if (!admitted(s, r)) return;
-    std::ostream& out = s.con.out;
+    if (!admitted(s, c, r)) return;
+    ReportOut out = report_out(s, c);
     print_header(out, c, "odd polynomial fit: Y = a + b*x + c*x^3 + d*x^5");
     report(out, r.lm);
     // Shown even after a singular matrix: they are then the last accepted parameters.
@@ -303,7 +307,7 @@ namespace {
 // minimiser messages, the parameter lines, chi squared, the summed terms.
 void report_gaussians(Session& s, const FitCall& c, const IterativeFit& r, const char* header,
                       std::span<const char* const> labels, int terms) {
-    std::ostream& out = s.con.out;
+    ReportOut out = report_out(s, c);
     print_header(out, c, header);
     report(out, r.lm);
     if (r.lm == LmStatus::singular) {
@@ -325,14 +329,14 @@ void report_gaussians(Session& s, const FitCall& c, const IterativeFit& r, const
 
 void gauss_fit(Session& s, const FitCall& c) {
     const IterativeFit r = solve_gauss_fit(c.xs(), c.ys());
-    if (!admitted(s, r)) return;
+    if (!admitted(s, c, r)) return;
     static constexpr const char* kLabels[] = {"a   =  ", "sig =  ", "x0  =  "};
     report_gaussians(s, c, r, "gauss fit: Y = a/(sqrt(2*Pi)*sig)*exp(-0.5*((x-x0)/sig)**2)", kLabels, 1);
 }
 
 void dgauss_fit(Session& s, const FitCall& c) {
     const IterativeFit r = solve_dgauss_fit(c.xs(), c.ys());
-    if (!admitted(s, r)) return;
+    if (!admitted(s, c, r)) return;
     static constexpr const char* kLabels[] = {
         "a_1   =  ", "sig_1 =  ", "x0_1  =  ", "a_2   =  ", "sig_2 =  ", "x0_2  =  "};
     report_gaussians(s, c, r,

@@ -97,6 +97,7 @@ namespace {
 void overlay_window(Session& s, float ZMIN, float ZMAX, float YMIN, float YMAX, bool mirrored) {
     Graphics& pg = s.pg;
     const float RMAX = overlay_half_height(s.geometry);
+    LayerScope layer(pg, Layer::outline);
     DrawBracket bracket(pg);
     pg.pgswin(ZMIN, ZMAX, -RMAX, RMAX);
     pg.pgsci(1);
@@ -124,6 +125,7 @@ void overlay_mirrored(Session& s, float ZMIN, float ZMAX, float YMIN, float YMAX
 void overlay_two_panels(Session& s, float ZMIN, float ZMAX, float YMIN, float YMAX) {
     Graphics& pg = s.pg;
     const float RMAX = overlay_half_height(s.geometry);
+    LayerScope layer(pg, Layer::outline);
     DrawBracket bracket(pg);
     pg.pgswin(ZMIN, ZMAX, -RMAX, RMAX);  // one window serves both panels
     pg.pgsci(1);

@@ -38,8 +38,9 @@ void poly_line(Session& s, int LD, int NP, const float* X, const float* Y, int F
 }
 
 void legend(Session& s, std::span<const std::string> LEG_TEXT, std::span<const int> LEG_NUM, float XPOS,
-            LegendPos POS) {
+            LegendPos POS, std::span<const int> LEG_WIDTH) {
     Graphics& pg = s.pg;
+    LayerScope layer(pg, Layer::key);
     const float DELY = 0.035f;
     if (XPOS == 0.0f) XPOS = 0.77f;
     const int N = static_cast<int>(std::min(LEG_TEXT.size(), LEG_NUM.size()));
@@ -64,8 +65,11 @@ void legend(Session& s, std::span<const std::string> LEG_TEXT, std::span<const i
     for (int I = 1; I <= N; ++I) {
         set_curve_style(s, LEG_NUM[static_cast<std::size_t>(I - 1)]);
         const float fi = static_cast<float>(I);
+        const auto k = static_cast<std::size_t>(I - 1);
+        if (k < LEG_WIDTH.size()) pg.pgslw(LEG_WIDTH[k]);
         pg.pgmove(XPOS2 + 0.01f, (fi + 0.6f) * DELY);
         pg.pgdraw(XPOS2 + 0.05f, (fi + 0.6f) * DELY);
+        if (k < LEG_WIDTH.size()) pg.pgslw(LEG_WIDTH[0]);  // the text as the first sample
         pg.pgtext(XPOS2 + 0.065f, (fi + 0.8f) * DELY, pad(LEG_TEXT[static_cast<std::size_t>(I - 1)], 40));
     }
     pg.pgsch(1.0f);

@@ -29,9 +29,10 @@ void poly_line(Session& s, int LD, int NP, const float* X, const float* Y, int F
 enum class LegendPos { TR, TL };
 
 // The boxed key: one sample line and text per entry, the sample in the style
-// of curve LEG_NUM[i]. XPOS is the normalised x of the box edge (0: 0.77).
-// On return the window is as it was, colour index 1, character height 1.
+// of curve LEG_NUM[i], and in line width LEG_WIDTH[i] where widths are
+// given. XPOS is the normalised x of the box edge (0: 0.77). On return the
+// window is as it was, colour index 1, character height 1.
 void legend(Session& s, std::span<const std::string> LEG_TEXT, std::span<const int> LEG_NUM, float XPOS,
-            LegendPos POS);
+            LegendPos POS, std::span<const int> LEG_WIDTH = {});
 
 }  // namespace viewer

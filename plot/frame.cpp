@@ -182,7 +182,7 @@ void draw_keys(Session& s, const Keys& keys) {
 // Ranges of the statistics: the first two curves decide.
 void running_ranges(Session& s, PlotState& st, const AlongZ& row, const Points& p) {
     const int ID = std::min(p.curves, 2);
-    out_mami(s.con.out, st, p.NP, ID, p.curve(0), ID == 2 ? p.curve(1) : nullptr);
+    out_mami(s, st, p.NP, ID, p.curve(0), ID == 2 ? p.curve(1) : nullptr);
     if (row.panels == Panels::stacked) {
         st.XMAX = upper_limit(st.MAX_A[0]);
         st.XMIN = lower_limit(row.ymin, st.MIN_A[0]);

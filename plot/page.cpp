@@ -17,6 +17,7 @@ void c_pgsubp(Session& s, int NX, int NY) {
 
 void title(Session& s) {
     Graphics& pg = s.pg;
+    LayerScope layer(pg, Layer::foot);
     DrawBracket bracket(pg, DrawBracket::foot);
     pg.pgsci(1);
     pg.pgsubp(1, 1);

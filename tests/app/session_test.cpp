@@ -64,7 +64,8 @@ struct Export {
         const std::vector<std::string> args{std::istream_iterator<std::string>(in), {}};
         std::vector<const char*> argv;
         for (const auto& a : args) argv.push_back(a.c_str());
-        return run_export(h.session(), parse_export(int(argv.size()), argv.data()), fixed_time(), err);
+        Session& s = h.export_session();
+        return run_export(s, *h.cap, parse_export(int(argv.size()), argv.data()), fixed_time(), err);
     }
 };
 

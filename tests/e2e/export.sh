@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # The headless export of the real viewer with no display: every available
 # row of the bundled run to PNG, one row to each of PS, EPS and PDF, the
-# overview sheet of every page, and the exit status of each kind of error.
+# overview sheet of every page, runs 1 to 3 on one plot, several plots to
+# PNG files with nothing of the library's on the terminal, and the exit
+# status of each kind of error.
 set -euo pipefail
 VIEWER=$1
 SRC=$2
@@ -42,6 +44,17 @@ for p in 1 2 3 4 5; do
   renders "sheet$p.ps"
 done
 grep -q "     1: black (horizontal): " ps.txt || fail "no statistics on standard output"
+
+"$VIEWER" rfgun,1 --plot 1:2 --runs 1-3 --out runs.ps >runs.txt || fail "--runs to PostScript"
+renders runs.ps
+[ "$(grep -c '^     run 00[123]$' runs.txt)" = 3 ] || fail "not one statistics block a run"
+# black, red and blue: a colour a run
+for c in "0 0 0 K" "1024 0 0 K" "0 0 1024 K"; do grep -q "$c" runs.ps || fail "runs.ps lacks the colour $c"; done
+"$VIEWER" rfgun,1 --overview 1 --runs 1-3 --out runs.png >/dev/null || fail "--runs overview to PNG"
+png_size runs.png >/dev/null
+"$VIEWER" rfgun,1 --plot 1:1 --plot 1:2 --plot 1:3 --out many.png >/dev/null 2>err.txt || fail "three PNG files"
+for f in many.png many_2.png many_3.png; do png_size "$f" >/dev/null; done
+[ ! -s err.txt ] || fail "the terminal got: $(cat err.txt)"
 
 # status and the words of each error
 expect() {

@@ -19,6 +19,7 @@
 #include "core/fortran_format.hpp"
 #include "core/records.hpp"
 #include "core/session.hpp"
+#include "plot/capture.hpp"
 #include "tests/support/recording_graphics.hpp"
 #include "tests/support/temp_dir.hpp"
 
@@ -79,6 +80,16 @@ struct Harness {
 
     Session& session() {
         if (!s) s = std::make_unique<Session>(g, p, in, out, dir.path);
+        return *s;
+    }
+    // A session as the export has it: its graphics keep what the plots
+    // draw and pass every call on to `g`.
+    std::unique_ptr<Capture> cap;
+    Session& export_session() {
+        if (!s) {
+            cap = std::make_unique<Capture>(&g);
+            s = std::make_unique<Session>(*cap, p, in, out, dir.path);
+        }
         return *s;
     }
     void input(const std::string& text) {

@@ -6,7 +6,7 @@
 namespace viewer {
 
 void RecordingGraphics::add(std::string name, std::vector<double> args, std::vector<std::string> texts) {
-    calls.push_back({std::move(name), std::move(args), std::move(texts), {}, {}, selected});
+    calls.push_back({std::move(name), std::move(args), std::move(texts), {}, {}, selected, layer_});
 }
 
 std::vector<const GraphicsCall*> RecordingGraphics::named_on(const std::string& name, int device) const {

@@ -17,7 +17,8 @@ struct GraphicsCall {
     std::vector<double> args;
     std::vector<std::string> texts;
     std::vector<float> xs, ys;
-    int device = 0;  // id of the device selected when the call was made
+    int device = 0;             // id of the device selected when the call was made
+    Layer layer = Layer::data;  // what the call drew, as the plot marked it
 };
 
 // Records every call. Devices open with increasing ids; names listed in
@@ -34,6 +35,7 @@ public:
     std::vector<const GraphicsCall*> named_on(const std::string& name, int device) const;  // -1: any
     void clear() { calls.clear(); }
 
+    void layer(Layer l) override { layer_ = l; }
     int pgopen(const std::string& device) override;
     void pgslct(int id) override;
     void pgclos() override;
@@ -88,6 +90,7 @@ private:
     void add(std::string name, std::vector<double> args, std::vector<std::string> texts = {});
     void add_points(std::string name, std::vector<double> args, int n, const float* x, const float* y);
     int next_id_ = 1;
+    Layer layer_ = Layer::data;
     std::array<float, 4> win_{0, 1, 0, 1}, vp_{0, 1, 0, 1};
 };
 
