@@ -57,11 +57,26 @@ std::size_t column_of(PointTable& t, const std::string& name) {
     return t.header.size() - 1;
 }
 
-void put_number(std::ostream& out, float v) {
+void put_number(std::string& out, float v) {
     char buf[32];
     const auto r = std::to_chars(buf, buf + sizeof buf, v, std::chars_format::general, 9);
-    out.write(buf, r.ptr - buf);
+    out.append(buf, r.ptr);
 }
+
+// Lines gathered and written in blocks: a table of 10^6 points is no
+// million small writes.
+struct Lines {
+    std::ostream& out;
+    std::string text;
+    void end_line() {
+        text += '\n';
+        if (text.size() > (1u << 16)) flush();
+    }
+    void flush() {
+        out.write(text.data(), static_cast<std::streamsize>(text.size()));
+        text.clear();
+    }
+};
 
 // A header cell; one holding a comma or a quote goes in quotes.
 void put_text(std::ostream& out, const std::string& t) {
@@ -154,32 +169,36 @@ void write_csv(std::ostream& out, std::span<const PointTable> tables, std::span<
         put_text(out, tables.front().header[c]);
     }
     out << '\n';
+    Lines lines{out, {}};
+    std::string& line = lines.text;
     for (std::size_t k = 0; k < tables.size(); ++k) {
         const PointTable& t = tables[k];
         const std::string run = with_run ? std::to_string(runs[k]) + "," : "";
         if (!t.wide) {
             for (const PointTable::Point& p : t.points) {
-                out << run << p.curve;
+                line += run;
+                line += std::to_string(p.curve);
                 for (std::uint32_t c = 1; c < t.header.size(); ++c) {
-                    out << ',';
-                    if (c == p.x_column) put_number(out, p.x);
-                    if (c == p.y_column && c != p.x_column) put_number(out, p.y);
+                    line += ',';
+                    if (c == p.x_column) put_number(line, p.x);
+                    if (c == p.y_column && c != p.x_column) put_number(line, p.y);
                 }
-                out << '\n';
+                lines.end_line();
             }
             continue;
         }
         std::size_t rows = 0;
         for (const auto& col : t.columns) rows = std::max(rows, col.size());
         for (std::size_t i = 0; i < rows; ++i) {
-            out << run;
+            line += run;
             for (std::size_t c = 0; c < t.columns.size(); ++c) {
-                if (c) out << ',';
-                if (i < t.columns[c].size()) put_number(out, t.columns[c][i]);
+                if (c) line += ',';
+                if (i < t.columns[c].size()) put_number(line, t.columns[c][i]);
             }
-            out << '\n';
+            lines.end_line();
         }
     }
+    lines.flush();
 }
 
 std::string numbered(const std::string& path, int n) {

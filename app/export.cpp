@@ -1,7 +1,9 @@
 // The headless front end beside the main loop, on the same page rows.
 #include "app/export.hpp"
 
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <ostream>
@@ -332,9 +334,11 @@ private:
                 tables.push_back(point_table(figures[k], columns, wide));
                 numbers.push_back(runs[k].run);
             }
-            std::ostringstream text;
-            write_csv(text, tables, r_.runs ? std::span<const int>(numbers) : std::span<const int>());
-            write_file(numbered(s_.path(r_.csv), ++csv_files_), text.str());
+            const std::string name = numbered(s_.path(r_.csv), ++csv_files_);
+            std::ofstream file(name, std::ios::binary | std::ios::trunc);
+            write_csv(file, tables, r_.runs ? std::span<const int>(numbers) : std::span<const int>());
+            file.close();
+            if (!file) throw ExportFailure("cannot write " + name + ": " + std::strerror(errno));
         }
         if (r_.stats.empty()) return;
         s_.window.PAGE = page;
