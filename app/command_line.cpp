@@ -156,6 +156,19 @@ ExportRequest parse_export(int argc, const char* const* argv) {
         } else if (a == "--stats") {
             r.stats = value("--stats");
             if (r.stats.empty()) throw UsageError("--stats needs a file name");
+        } else if (a == "--serve") {
+            r.serve = true;
+            if (i + 1 < argc && argv[i + 1] && !std::string_view(argv[i + 1]).starts_with("--")) {
+                const std::string v = argv[++i];
+                const auto colon = v.rfind(':');
+                const std::string port = colon == std::string::npos ? v : v.substr(colon + 1);
+                if (colon != std::string::npos) r.host = v.substr(0, colon);
+                if (!whole_int(port, r.port) || r.port < 0 || r.port > 65535 || r.host.empty())
+                    throw UsageError(
+                        "--serve takes [HOST:]PORT, such as 8765 or 0.0.0.0:8765 (port 0: a free one), "
+                        "not \"" +
+                        v + "\"");
+            }
         } else if (a == "--mono") {
             r.mono = true;
         } else if (a == "--size") {
@@ -170,6 +183,12 @@ ExportRequest parse_export(int argc, const char* const* argv) {
         }
     }
     if (r.help) return r;
+    if (r.serve) {
+        if (r.list || !r.plots.empty() || r.overview || have_out || r.runs || !r.csv.empty() ||
+            !r.stats.empty())
+            throw UsageError("--serve goes alone, after the run argument: the page chooses the plots");
+        return r;
+    }
     if (r.list) {
         if (!r.plots.empty() || r.overview || r.runs || !r.csv.empty() || !r.stats.empty())
             throw UsageError("--list goes alone, without --plot, --overview, --runs, --csv or --stats");
@@ -190,6 +209,7 @@ std::string export_usage() {
     return R"(usage: viewer [ARG] --plot PAGE:ROW [--plot PAGE:ROW ...] --out FILE [options]
        viewer [ARG] --overview PAGE --out FILE [options]
        viewer [ARG] --list
+       viewer [ARG] --serve [[HOST:]PORT]
        viewer --help
 
 Draws menu rows or the nine-panel overview sheet of a page into a file,
@@ -219,6 +239,9 @@ without a window. ARG names project and run as for the interactive viewer
                        (FILE, then NAME_2.csv, NAME_3.csv, ...); without --out
                        nothing is drawn
   --stats FILE         the statistics blocks and fit reports as JSON
+  --serve [[HOST:]PORT]  the run in a browser, redrawn while the tracker
+                       writes (default 127.0.0.1:8765; port 0: a free one);
+                       prints the URL with its token, runs until interrupted
 
 Statistics and fit reports go to standard output as in an interactive pass,
 one block a run with --runs.

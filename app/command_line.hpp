@@ -4,6 +4,7 @@
 //   viewer [ARG] --plot PAGE:ROW [--plot PAGE:ROW ...] --out FILE [options]
 //   viewer [ARG] --overview PAGE --out FILE [options]
 //   viewer [ARG] --list
+//   viewer [ARG] --serve [[HOST:]PORT]
 //   viewer --help
 // --runs LIST lays several runs on one plot; --csv and --stats write the
 // numbers behind the plots.
@@ -60,6 +61,10 @@ struct ExportRequest {
     std::optional<RunList> runs;  // --runs
     std::string csv;              // --csv FILE: the points of each plot
     std::string stats;            // --stats FILE: statistics and fits as JSON
+    bool window_config = true;    // the look from win_config.dat; false: the defaults
+    bool serve = false;           // --serve: the browser view
+    std::string host = "127.0.0.1";
+    int port = 8765;
 };
 
 // True when the command line asks for the headless export (any argument

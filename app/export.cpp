@@ -106,7 +106,7 @@ private:
 
     void set_up(const std::tm& now) {
         set_date(s_, now);
-        set_win_config(s_);  // the look only: this mode never writes the file
+        if (r_.window_config) set_win_config(s_);  // the look only: this mode never writes the file
         if (r_.has_arg) {
             s_.FNAME = r_.arg.substr(0, 80);
             parse_arguments(s_);

@@ -158,7 +158,7 @@ std::span<const MenuRow> page_rows(int page) {
 
 std::string row_text(const MenuRow& r, const Fexist& f) {
     if (!r.shown || !r.shown->holds(f)) return std::string(33, ' ');
-    return pad(r.sub_text && f.Sub_emit_EXISTS ? r.sub_text : r.text, 33);
+    return pad(menu_text(r, f), 33);
 }
 
 }  // namespace
@@ -207,6 +207,10 @@ void page_fill(Session& s) {
     for (int i = 19; i <= 25; ++i) m.LEFT_TEXT[static_cast<std::size_t>(i)] = pad(kCommon[i - 19], 33);
 }
 
+std::string menu_text(const MenuRow& r, const Fexist& f) {
+    return r.sub_text && f.Sub_emit_EXISTS ? r.sub_text : r.text;
+}
+
 bool along_z(int page, int code) {
     const MenuRow* row = find_row(page, code);
     if (!row || !row->plot) return false;
@@ -227,9 +231,13 @@ bool along_z(int page, int code) {
 std::string echo_text(const Session& s, int code) {
     const std::string& t = code > 30 ? s.menue.RIGHT_TEXT.at(static_cast<std::size_t>(code - 30))
                                      : s.menue.LEFT_TEXT.at(static_cast<std::size_t>(code));
-    if (t.rfind("\\gb-function", 0) == 0) return "beta function";
-    if (t.rfind("\\ga-function", 0) == 0) return "alpha function";
-    return std::string(trim_right(pad(t, 33)));
+    return spoken(pad(t, 33));
+}
+
+std::string spoken(std::string_view t) {
+    if (t.starts_with("\\gb-function")) return "beta function";
+    if (t.starts_with("\\ga-function")) return "alpha function";
+    return std::string(trim_right(t));
 }
 
 }  // namespace viewer

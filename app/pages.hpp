@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "core/session.hpp"
 
@@ -42,10 +43,16 @@ void page_fill(Session& s);
 // Row 18 follows the geometry flag.
 void write_geometry_row(Session& s);
 
+// The text of a row as the menu shows it while its tables are there.
+std::string menu_text(const MenuRow& r, const Fexist& f);
+
 // A row drawn against z, whose curves several runs can share one frame.
 bool along_z(int page, int code);
 
 // The text echoed after a pick.
 std::string echo_text(const Session& s, int code);
+
+// A menu text as it is echoed: the two Twiss rows by their names.
+std::string spoken(std::string_view menu_text);
 
 }  // namespace viewer

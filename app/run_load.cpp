@@ -146,10 +146,26 @@ bool load_run(Session& s) {
     return !s.NO_FOUND;
 }
 
+Fexist tables_present(const std::string& dir, std::string_view project, std::string_view run) {
+    Fexist f;
+    for (const RunKind& k : run_catalogue()) {
+        std::error_code ec;
+        const std::filesystem::path p =
+            std::filesystem::path(dir.empty() ? "." : dir) / run_file_name(k, project, run);
+        f.*k.exists = std::filesystem::exists(p, ec);
+    }
+    if (f.Sub_emit_EXISTS) f.Cr_emit_EXISTS = false;  // one of the two holds unit 19: the sub-ensemble
+    return f;
+}
+
 std::vector<int> runs_in_directory(const Session& s, std::string_view project) {
+    return runs_in_directory(s.dir, project);
+}
+
+std::vector<int> runs_in_directory(const std::string& dir, std::string_view project) {
     std::vector<int> runs;
     std::error_code ec;
-    for (std::filesystem::directory_iterator it(s.dir.empty() ? "." : s.dir, ec), end; !ec && it != end;
+    for (std::filesystem::directory_iterator it(dir.empty() ? "." : dir, ec), end; !ec && it != end;
          it.increment(ec)) {
         const std::string name = it->path().filename().string();
         // <project><suffix>.<three digits>

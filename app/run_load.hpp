@@ -21,6 +21,11 @@ void get_size(Session& s, const std::string& name, int& count);
 // The run numbers of `project` in the working directory, ascending: those
 // of every file named <project><suffix>.<three digits> of a kind.
 std::vector<int> runs_in_directory(const Session& s, std::string_view project);
+std::vector<int> runs_in_directory(const std::string& dir, std::string_view project);
+
+// Which tables of run `run` (".001") of `project` lie in `dir`, as the run
+// load would find them, without opening any.
+Fexist tables_present(const std::string& dir, std::string_view project, std::string_view run);
 
 // Closes every run file of the run.
 void close_all(Session& s);

@@ -43,6 +43,13 @@ void Capture::pgpap(float w, float a) {
 void Capture::pgenv(float a, float b, float c, float d, int just, int axis) {
     win_ = {a, b, c, d};
     if (device_) device_->pgenv(a, b, c, d, just, axis);
+    if (device_ && keep_frames_) {
+        DeviceFrame f;
+        device_->pgqvp(3, f.viewport[0], f.viewport[1], f.viewport[2], f.viewport[3]);
+        device_->pgqwin(f.window[0], f.window[1], f.window[2], f.window[3]);
+        device_->pgqvsz(3, f.surface[0], f.surface[1], f.surface[2], f.surface[3]);
+        frames_.push_back(f);
+    }
     if (!recording_) return;
     DrawCall& k = keep(DrawCall::pgenv);
     k.f = {a, b, c, d};

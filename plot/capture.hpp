@@ -72,6 +72,15 @@ struct DrawCall {
 // Makes `c` again on `to`.
 void replay(const DrawCall& c, Graphics& to);
 
+// A panel's frame as the device holds it once drawn: the viewport in the
+// device's own units (the pixels of an image, counted from the lower left)
+// and the world window.
+struct DeviceFrame {
+    std::array<float, 4> viewport{};  // x1, x2, y1, y2
+    std::array<float, 4> window{};
+    std::array<float, 4> surface{};  // the whole view surface, same units
+};
+
 class Capture final : public Graphics {
 public:
     explicit Capture(Graphics* device = nullptr) : device_(device) {}
@@ -82,6 +91,10 @@ public:
     void record(bool on) { recording_ = on; }
     const std::vector<DrawCall>& calls() const { return calls_; }
     std::vector<DrawCall> take() { return std::exchange(calls_, {}); }
+    // Asks the device for each frame it draws (true); only a front end that
+    // maps the pointer back to the plot needs them.
+    void keep_frames(bool on) { keep_frames_ = on; }
+    std::vector<DeviceFrame> take_frames() { return std::exchange(frames_, {}); }
 
     void layer(Layer l) override;
     int pgopen(const std::string& device) override;
@@ -129,6 +142,8 @@ private:
     DrawCall& keep(DrawCall::Op op);
     Graphics* device_;
     bool recording_ = false;
+    bool keep_frames_ = false;
+    std::vector<DeviceFrame> frames_;
     Layer layer_ = Layer::data;
     std::vector<DrawCall> calls_;
     std::array<float, 4> win_{0, 1, 0, 1}, vp_{0, 1, 0, 1};  // answered when there is no device

@@ -11,8 +11,9 @@ declare -A allowed=(
   [evolution]="core fitting plot evolution"
   [analysis]="core fitting plot analysis"
   [app]="core fitting plot evolution analysis app"
+  [web]="core fitting plot evolution analysis app web"
 )
-layers="core fitting plot evolution analysis app tests"
+layers="core fitting plot evolution analysis app web tests"
 
 bad=0
 for layer in "${!allowed[@]}"; do

@@ -1,5 +1,6 @@
 // The viewer executable: the real PGPLOT, the real pointer, the console;
-// with options, the headless export instead of the windows.
+// with options, the headless export or the browser view instead of the
+// windows. It sits above every layer, since it picks the front end.
 #include <ctime>
 #include <iostream>
 #include <sstream>
@@ -8,6 +9,7 @@
 #include "app/export.hpp"
 #include "app/export_files.hpp"
 #include "app/main_loop.hpp"
+#include "web/serve.hpp"
 
 namespace {
 
@@ -37,6 +39,7 @@ int main(int argc, char** argv) {
             return 2;
         }
         viewer::OwnStderr quiet;  // the library's notes stay off the terminal
+        if (request.serve) return viewer::web::run_serve(request, now, std::cout, quiet.err());
         NoPointer pointer;
         std::istringstream no_input;  // nothing is ever asked
         viewer::Capture capture(graphics.get());

@@ -1,0 +1,78 @@
+// The browser view over HTTP: the page, the rows and runs as JSON, each
+// plot in every form the export writes, and an event each time a run's
+// tables change. Every request carries the token the viewer printed (in the
+// URL the first time, then in a cookie); the HTTP threads check, look up
+// and answer, and leave all drawing to the renderer.
+#pragma once
+
+#include <functional>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "web/renderer.hpp"
+#include "web/watch.hpp"
+
+namespace httplib {
+class Server;
+}
+
+namespace viewer::web {
+
+// 128 bits of the system's random source, as 32 hex digits.
+std::string new_token();
+// Equal, in a time that does not depend on where they differ.
+bool same_token(std::string_view a, std::string_view b);
+
+// The last answers drawn, the least recently asked going first.
+class AnswerCache {
+public:
+    explicit AnswerCache(std::size_t capacity = 64) : capacity_(capacity) {}
+    std::shared_ptr<const Rendered> find(const std::string& key);
+    void put(const std::string& key, std::shared_ptr<const Rendered> r);
+    std::size_t size() const;
+
+private:
+    using Entry = std::pair<std::string, std::shared_ptr<const Rendered>>;
+    std::size_t capacity_;
+    mutable std::mutex m_;
+    std::list<Entry> order_;  // most recent first
+    std::unordered_map<std::string, std::list<Entry>::iterator> index_;
+};
+
+class Server {
+public:
+    // `graphics` makes the renderer's drawing seam; `poll`: watch the
+    // directory by looking once a second.
+    Server(Served served, std::string token, std::function<std::unique_ptr<Graphics>()> graphics,
+           bool poll = false);
+    ~Server();
+    Server(const Server&) = delete;
+    Server& operator=(const Server&) = delete;
+
+    // Binds to `host`:`port` (0: a free port); false when it cannot.
+    bool bind(const std::string& host, int port);
+    int port() const { return port_; }
+    // Serves until `stop`.
+    void run();
+    void stop();
+
+    Renderer& renderer() { return renderer_; }
+    const AnswerCache& cache() const { return cache_; }
+
+private:
+    void routes();
+
+    Served served_;
+    std::string token_;
+    std::unique_ptr<httplib::Server> http_;
+    Renderer renderer_;
+    Watcher watcher_;
+    AnswerCache cache_;
+    int port_ = 0;
+};
+
+}  // namespace viewer::web

@@ -1,0 +1,67 @@
+// Watches the run directory while the tracker writes: each run's tables
+// (and the aperture file) by size and modification time. Changes are
+// learned from inotify, or by looking once a second where it is not to be
+// had; a waiter is woken when a run it watches has changed.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace viewer::web {
+
+// One table of a run as the directory holds it now.
+struct TableState {
+    std::string kind;  // ".Xemit"
+    std::string file;
+    std::uintmax_t size = 0;
+    std::int64_t modified_ns = 0;  // since the epoch
+};
+
+// The tables of run `run` of `project` in `dir` that exist, in the order
+// of the run-file catalogue.
+std::vector<TableState> tables_of(const std::string& dir, const std::string& project, int run);
+
+// Sizes and times of the tables of `runs` (and of Geometry.dat when asked),
+// as one text that differs whenever any of them changes.
+std::string signature(const std::string& dir, const std::string& project, const std::vector<int>& runs,
+                      bool geometry);
+
+class Watcher {
+public:
+    // `poll`: look every second instead of asking inotify (also where
+    // inotify cannot be had).
+    Watcher(std::string dir, std::string project, bool poll = false);
+    ~Watcher();
+    Watcher(const Watcher&) = delete;
+    Watcher& operator=(const Watcher&) = delete;
+
+    // How many changes of run `run` have been seen.
+    std::uint64_t changes(int run);
+    // Waits until run `run` has changed more than `seen` times, the watcher
+    // stops, or `timeout` passes; returns the count of changes then.
+    std::uint64_t wait(int run, std::uint64_t seen, std::chrono::milliseconds timeout);
+    void stop();
+    bool polling() const { return polling_; }
+
+private:
+    void loop();
+    void look(int run);  // under the mutex: compares run's tables with what was seen
+
+    std::string dir_, project_;
+    bool polling_;
+    int inotify_ = -1, wake_[2] = {-1, -1};
+    std::mutex m_;
+    std::condition_variable cv_;
+    std::map<int, std::string> seen_;  // signature of each run asked about
+    std::map<int, std::uint64_t> changes_;
+    bool stopping_ = false;
+    std::thread thread_;
+};
+
+}  // namespace viewer::web
