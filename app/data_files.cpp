@@ -19,9 +19,10 @@ const PanelColumns& panel_columns(const std::vector<PanelColumns>& columns, int 
     return columns.at(std::min(static_cast<std::size_t>(std::max(panel, 0)), columns.size() - 1));
 }
 
-// The name of each data curve: the row's own for its panel, numbered where
-// a panel draws more curves than it names (one a phase scan, ...).
-std::vector<std::string> curve_names(const Figure& f, const std::vector<PanelColumns>& columns) {
+// The name of each data curve: the row's own for its panel; where a panel
+// draws more curves than it names (one a phase scan, a probe, ...), its
+// first name, numbered in a wide table (a long one has its curve column).
+std::vector<std::string> curve_names(const Figure& f, const std::vector<PanelColumns>& columns, bool wide) {
     std::vector<int> count(columns.size() + f.panels.size() + 1, 0), seen(count.size(), 0);
     for (const Series& s : f.series)
         if (s.layer == Layer::data) ++count[static_cast<std::size_t>(std::max(s.panel, 0))];
@@ -31,9 +32,9 @@ std::vector<std::string> curve_names(const Figure& f, const std::vector<PanelCol
         const auto k = static_cast<std::size_t>(std::max(s.panel, 0));
         const PanelColumns& p = panel_columns(columns, s.panel);
         const auto j = static_cast<std::size_t>(seen[k]++);
-        out.push_back(count[k] <= static_cast<int>(p.y.size())
-                          ? p.y[j]
-                          : with_suffix(p.y.front(), "_" + std::to_string(j + 1)));
+        out.push_back(count[k] <= static_cast<int>(p.y.size()) ? p.y[j]
+                      : wide ? with_suffix(p.y.front(), "_" + std::to_string(j + 1))
+                             : p.y.front());
     }
     return out;
 }
@@ -115,7 +116,7 @@ PointTable point_table(const Figure& f, const std::vector<PanelColumns>& columns
     PointTable t;
     t.wide = wide;
     const auto data = of_layer(f, Layer::data), fits = of_layer(f, Layer::fit);
-    const std::vector<std::string> names = curve_names(f, columns);
+    const std::vector<std::string> names = curve_names(f, columns, wide);
     if (!wide) {
         t.header = {"curve"};
         int curve = 0;

@@ -39,6 +39,8 @@ seeds() {
     reference) printf ' 0.1 2.0 3.0\n 0.2 2.5 3.5\n' >"$dir/ref" ;;
     namelist) printf '&WIN_CONFIG\n FIXED = F,\n LINE_WIDTH = 2,\n CHARACTER_HEIGHT = 1.2,\n/\n' >"$dir/cfg" ;;
     arguments) printf 'rfgun.,7' >"$dir/a1"; printf -- '--plot\n1:2\n--out\nx.png\n--size\n400x300' >"$dir/a2" ;;
+    query) printf '/api/plot/1:2.png?zoom=0:1.5&fit=3&size=800x600&runs=1-3,7' >"$dir/q1"
+           printf '/api/overview/4.pdf?run=2&mono=1&geometry=1&bins=20' >"$dir/q2" ;;
     table_lab_E) suffix='.lab-E.' ;;
     table_*) suffix=".${t#table_}." ;;
   esac
