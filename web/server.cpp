@@ -117,6 +117,11 @@ Server::Server(Served served, std::string token, std::function<std::unique_ptr<G
       watcher_(served_.dir, served_.project, poll) {
     // Each open page holds a thread for its events; more threads than cores.
     http_->new_task_queue = [] { return new httplib::ThreadPool(64); };
+    // A port another server listens on is refused, not shared.
+    http_->set_socket_options([](socket_t sock) {
+        const int yes = 1;
+        ::setsockopt(sock, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+    });
     routes();
 }
 
