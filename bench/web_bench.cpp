@@ -14,6 +14,7 @@
 #include <thread>
 
 #include "app/export.hpp"
+#include "bench/bench_support.hpp"
 #include "core/fortran_format.hpp"
 #include "core/run_catalogue.hpp"
 #include "tests/support/recording_graphics.hpp"
@@ -39,16 +40,8 @@ struct BeamServer {
     std::unique_ptr<web::Server> server;
     std::thread thread;
     BeamServer() {
-        for (Kind k : {Kind::Xemit, Kind::Yemit, Kind::Zemit}) {
-            std::FILE* f = std::fopen(scratch.file(run_file_name(run_kind(k), "bench", ".001")).c_str(), "w");
-            for (int r = 0; r < PKT; ++r) {
-                const double z = 1e-3 * r;  // m
-                std::string line = fmt_e12_4(z) + fmt_e12_4(1e-9 * r);
-                for (int c = 2; c < 7; ++c) line += fmt_e12_4(1.0 + 0.3 * std::sin(z * c));
-                std::fputs((line + "\n").c_str(), f);
-            }
-            std::fclose(f);
-        }
+        for (Kind k : {Kind::Xemit, Kind::Yemit, Kind::Zemit})
+            bench::write_beam_table(scratch.path, k, ".001");
         server = std::make_unique<web::Server>(web::Served{scratch.path, "bench", 1, start_time()}, kToken,
                                                [] { return make_pgplot_graphics(); });
         server->bind("127.0.0.1", 0);

@@ -133,14 +133,7 @@ struct Pass {
         for (const auto& e : fs::directory_iterator(fs::path(VIEWER_SOURCE_DIR) / "examples"))
             fs::copy_file(e.path(), h.dir.file(e.path().filename().string()));
     }
-    int run(const std::string& line) {
-        std::istringstream in("viewer " + line);
-        const std::vector<std::string> args{std::istream_iterator<std::string>(in), {}};
-        std::vector<const char*> argv;
-        for (const auto& a : args) argv.push_back(a.c_str());
-        Session& s = h.export_session();
-        return run_export(s, *h.cap, parse_export(int(argv.size()), argv.data()), fixed_time(), err);
-    }
+    int run(const std::string& line) { return h.export_line(line, err); }
 };
 
 }  // namespace

@@ -26,14 +26,7 @@ struct Runs {
             for (const char* kind : {".Xemit.00", ".Yemit.00", ".Zemit.00"})
                 h.dir.write(std::string("p") + kind + std::to_string(r), emit_table(r == 3 ? 2 : 6, 0.5 * r));
     }
-    int run(const std::string& line) {
-        std::istringstream in("viewer " + line);
-        const std::vector<std::string> args{std::istream_iterator<std::string>(in), {}};
-        std::vector<const char*> argv;
-        for (const auto& a : args) argv.push_back(a.c_str());
-        Session& s = h.export_session();
-        return run_export(s, *h.cap, parse_export(int(argv.size()), argv.data()), fixed_time(), err);
-    }
+    int run(const std::string& line) { return h.export_line(line, err); }
     // The colour index and line width of each curve drawn, in order.
     std::vector<std::pair<int, int>> looks() const {
         std::vector<std::pair<int, int>> out;

@@ -58,15 +58,7 @@ struct Export {
         beam_tables(h.dir, 6, {"001", "002"});  // with a word in the third record of .Xemit of run 2
         h.dir.write("p.Xemit.002", emit_table(2) + "  1.0000E+00      banana\n");
     }
-    // `line`: the arguments after the program name, split at blanks.
-    int run(const std::string& line) {
-        std::istringstream in("viewer " + line);
-        const std::vector<std::string> args{std::istream_iterator<std::string>(in), {}};
-        std::vector<const char*> argv;
-        for (const auto& a : args) argv.push_back(a.c_str());
-        Session& s = h.export_session();
-        return run_export(s, *h.cap, parse_export(int(argv.size()), argv.data()), fixed_time(), err);
-    }
+    int run(const std::string& line) { return h.export_line(line, err); }
 };
 
 }  // namespace

@@ -8,12 +8,14 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "app/export.hpp"
 #include "app/main_loop.hpp"
 #include "app/menu.hpp"
 #include "core/fortran_format.hpp"
@@ -68,6 +70,16 @@ inline std::tm fixed_time() {
     return t;
 }
 
+// The export's request for `line`, the arguments after the program name
+// split at blanks; throws UsageError as the command line would.
+inline ExportRequest request_of(const std::string& line) {
+    std::istringstream words("viewer " + line);
+    const std::vector<std::string> args{std::istream_iterator<std::string>(words), {}};
+    std::vector<const char*> argv;
+    for (const auto& a : args) argv.push_back(a.c_str());
+    return parse_export(static_cast<int>(argv.size()), argv.data());
+}
+
 struct Harness {
     explicit Harness(std::string input = "") : in(std::move(input)) {}
 
@@ -102,6 +114,13 @@ struct Harness {
         std::vector<const char*> argv{"viewer"};
         for (const auto& a : args) argv.push_back(a.c_str());
         return run_viewer(session(), static_cast<int>(argv.size()), argv.data(), fixed_time());
+    }
+
+    // The headless export of `line` in this harness's directory.
+    int export_line(const std::string& line, std::ostream& err) {
+        const ExportRequest r = request_of(line);
+        Session& session = export_session();
+        return run_export(session, *cap, r, fixed_time(), err);
     }
 
     void click(float x, float y) { p.clicks.push_back({x, y}); }

@@ -60,11 +60,7 @@ std::string exported(const Served& s, const std::string& args, const std::string
     std::istringstream in;
     std::ostringstream out, err;
     Session session(cap, p, in, out, s.dir.path);
-    std::istringstream words("viewer " + args);
-    const std::vector<std::string> a{std::istream_iterator<std::string>(words), {}};
-    std::vector<const char*> argv;
-    for (const auto& w : a) argv.push_back(w.c_str());
-    run_export(session, cap, parse_export(int(argv.size()), argv.data()), fixed_time(), err);
+    run_export(session, cap, request_of(args), fixed_time(), err);
     if (file.empty()) return out.str();
     std::ifstream f(s.dir.file(file), std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(f), {});
@@ -233,20 +229,11 @@ TEST(Web, ServeArgumentsQueueAndDisconnects) {
     // clang-format on
     for (const auto& [args, host, port] : good) {
         SCOPED_TRACE(args);
-        std::istringstream words(std::string("viewer rfgun,2 ") + args);
-        const std::vector<std::string> a{std::istream_iterator<std::string>(words), {}};
-        std::vector<const char*> argv;
-        for (const auto& w : a) argv.push_back(w.c_str());
-        const ExportRequest r = parse_export(int(argv.size()), argv.data());
+        const ExportRequest r = request_of(std::string("rfgun,2 ") + args);
         EXPECT_EQ(std::tuple(r.serve, r.host, r.port), std::tuple(true, std::string(host), port));
     }
-    for (const char* bad : {"--serve 70000", "--serve x:", "--serve :80", "--serve 80 --plot 1:2"}) {
-        std::istringstream words(std::string("viewer ") + bad);
-        const std::vector<std::string> a{std::istream_iterator<std::string>(words), {}};
-        std::vector<const char*> argv;
-        for (const auto& w : a) argv.push_back(w.c_str());
-        EXPECT_THROW(parse_export(int(argv.size()), argv.data()), UsageError) << bad;
-    }
+    for (const char* bad : {"--serve 70000", "--serve x:", "--serve :80", "--serve 80 --plot 1:2"})
+        EXPECT_THROW(request_of(bad), UsageError) << bad;
     EXPECT_TRUE(web::loopback("127.0.0.1") && web::loopback("::1") && !web::loopback("0.0.0.0"));
 
     Served s;
