@@ -141,7 +141,9 @@ std::vector<PanelColumns> columns_of(int page, int code, const Figure& f) {
                 std::vector<std::string> names = split(panel, '|');
                 out.push_back({names.front(), {names.begin() + 1, names.end()}});
             }
-    // Panels the row does not name: the frame's own labels.
+    // Panels the row does not name: the frame's own labels; a row that drew
+    // nothing has one all the same.
+    if (f.panels.empty() && out.empty()) out.push_back({"x", {"y"}});
     for (std::size_t k = out.size(); k < f.panels.size(); ++k) {
         const Panel& p = f.panels[k];
         out.push_back({plain_label(p.x), {plain_label(p.y)}});

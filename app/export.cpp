@@ -321,7 +321,8 @@ private:
 
     // The points and numbers of one plot, a run at a time.
     void keep(int page, int code, const std::vector<RunDraw>& runs) {
-        if (!keeping()) return;
+        const MenuRow* row = find_row(page, code);
+        if (!keeping() || !row || !row->plot) return;  // a blank row of a sheet draws nothing
         std::vector<Figure> figures;
         for (const RunDraw& r : runs) figures.push_back(figure_of(r.calls));
         const Figure none;
@@ -403,6 +404,9 @@ int run_export(Session& s, Capture& capture, const ExportRequest& r, const std::
         return 1;
     } catch (const EndOfInput&) {
         err << "viewer: a plot asked a question, which this mode cannot answer\n";
+        return 1;
+    } catch (const std::exception& e) {
+        err << "viewer: the export failed: " << e.what() << "\n";
         return 1;
     }
 }

@@ -217,4 +217,11 @@ TEST(DataFiles, TheReportHoldsTheConsolesNumbers) {
         }
     }
     EXPECT_EQ(blocks, 6u);  // two curves and one a run; the Twiss plot prints none when it fits
+
+    // A sheet: a file a plot drawn; its blank row draws none.
+    Pass sheet;
+    ASSERT_EQ(sheet.run("rfgun,1 --overview 2 --csv o.csv --stats o.json"), 0) << sheet.err.str();
+    EXPECT_TRUE(sheet.h.dir.exists("o_8.csv") && !sheet.h.dir.exists("o_9.csv"));
+    std::ifstream o(sheet.h.dir.file("o.json"));
+    EXPECT_EQ(nlohmann::json::parse(o)["plots"].size(), 8u);
 }
