@@ -42,6 +42,18 @@ inline double gauss(double x, double mu, double s) {
     return std::exp(-0.5 * (x - mu) * (x - mu) / (s * s));
 }
 
+// What makes the two transverse planes differ: the laser spot on the
+// cathode is an ellipse, and a weak quadrupole component of the solenoid
+// puts the vertical waist further down the line.
+struct Plane {
+    double spot;   // times the spot size sigma0
+    double waist;  // m, added to the waist the solenoid makes
+    double emit;   // times the emittance of the run
+    double comp;   // m, added to where the emittance is compensated best
+};
+constexpr Plane kX{1.0, 0.0, 1.0, 0.0};
+constexpr Plane kY{1.35, 0.45, 1.3, 0.5};
+
 // The settings that make one run differ from another.
 struct Settings {
     double e_gun;      // MeV, kinetic energy at the gun exit
@@ -105,24 +117,28 @@ public:
     double field(double z) const { return s_.b_sol / (1 + std::pow((z - kZSol) / 0.08, 2)); }
 
     // mm: growth in the gun, focus by the solenoid, a waist, growth again.
-    double size(double z, double scale) const {
-        double pre = s_.sigma0 * scale + 1.1 * (1 - std::exp(-z / 0.15));
-        double at_sol = s_.sigma0 * scale + 1.1 * (1 - std::exp(-kZSol / 0.15));
-        double w = 0.35 * std::sqrt(s_.eps_scale) * scale;
-        double theta = std::sqrt(at_sol * at_sol - w * w) / (waist_ - kZSol);
-        double post = std::sqrt(w * w + theta * theta * (z - waist_) * (z - waist_));
+    double size(double z, const Plane& p) const {
+        const double scale = p.spot, waist = waist_ + p.waist;
+        double pre = s_.sigma0 * scale + 1.1 * scale * (1 - std::exp(-z / 0.15));
+        double at_sol = s_.sigma0 * scale + 1.1 * scale * (1 - std::exp(-kZSol / 0.15));
+        double w = 0.35 * std::sqrt(s_.eps_scale * p.emit);
+        double theta = std::sqrt(at_sol * at_sol - w * w) / (waist - kZSol);
+        double post = std::sqrt(w * w + theta * theta * (z - waist) * (z - waist));
         double k = 1 / (1 + std::exp(-(z - kZSol) / 0.03));
         return (1 - k) * pre + k * post;
     }
     // pi mrad mm: thermal start, growth in the gun, compensation downstream.
-    double emittance(double z, double scale) const {
+    double emittance(double z, const Plane& p) const {
         double grow = 1.3 * (1 - std::exp(-std::pow(z / 0.15, 2)));
-        double comp = 0.7 * gauss(z, waist_ + 0.6, 0.85) * (1 - std::exp(-std::pow(z / 0.5, 2)));
-        return s_.eps_scale * scale * (0.5 + grow - comp);
+        double comp = 0.7 * gauss(z, waist_ + 0.6 + p.comp, 0.85) * (1 - std::exp(-std::pow(z / 0.5, 2)));
+        return s_.eps_scale * p.emit * (0.5 + grow - comp);
     }
     // Macro particles lost per metre: at the gun exit iris and the collimator.
+    // The collimator scrapes more of a wider beam: its share grows with the
+    // beam's area there, which the solenoid sets.
     double loss_density(double z) const {
-        return kParticles * (0.04 * gauss(z, 0.19, 0.006) + 0.02 * gauss(z, 3.2, 0.01)) * s_.charge;
+        const double area = size(3.2, kX) * size(3.2, kY);  // mm^2
+        return kParticles * (0.04 * gauss(z, 0.19, 0.006) + 0.01 * area * gauss(z, 3.2, 0.01)) * s_.charge;
     }
     double lost_before(double z) const {
         double n = 0;
@@ -151,13 +167,13 @@ public:
         b.e = energy(z);
         b.p = momentum(b.e);
         b.bg = b.p / kMe;
-        b.sx = size(z, 1.0);
-        b.sy = size(z, 1.02);
+        b.sx = size(z, kX);
+        b.sy = size(z, kY);
         const double h = 1e-4;
-        b.cx = (size(z + h, 1.0) - size(z - h, 1.0)) / (2 * h);  // mm/m = mrad
-        b.cy = (size(z + h, 1.02) - size(z - h, 1.02)) / (2 * h);
-        b.ex = emittance(z, 1.0);
-        b.ey = emittance(z, 1.04);
+        b.cx = (size(z + h, kX) - size(z - h, kX)) / (2 * h);  // mm/m = mrad
+        b.cy = (size(z + h, kY) - size(z - h, kY)) / (2 * h);
+        b.ex = emittance(z, kX);
+        b.ey = emittance(z, kY);
         b.dx = std::hypot(b.cx, b.ex / (b.bg * b.sx));
         b.dy = std::hypot(b.cy, b.ey / (b.bg * b.sy));
         b.sz = 0.15 + 0.75 * (1 - std::exp(-z / 0.05)) + 0.05 * z;

@@ -9,7 +9,13 @@
 // numbers: energy, rms sizes with the solenoid focus and a waist, emittance
 // growth in the gun and its compensation downstream, bunch length, energy
 // spread, the Larmor rotation, the time of flight, losses at the gun exit
-// iris and at the collimator.
+// iris and at the collimator. The beam is not round (an elliptic laser
+// spot, the vertical waist further down the line), and it is coupled: it
+// leaves the cathode with angular momentum and the solenoid turns it.
+//
+// The three runs are a solenoid scan, 0.200 T (.001), 0.215 T (.002) and
+// 0.190 T (.003), all else equal; the .Scan of the series holds these
+// fields among its points, with the figures of merit at the end of the line.
 //
 // Files (run number .001 to .003; "-" = not in that run):
 //
@@ -167,8 +173,10 @@ void write_sigma(const std::string& dir, int run, const Model& m) {
     for (int i = 1; i <= 200; ++i) {
         double zz = kZEnd * i / 200;
         Beam b = m.at(zz);
-        // Uncoupled x, x', y, y' in m and rad, then the kick of the solenoid
-        // field and a small rotation couple the planes.
+        // Uncoupled x, x', y, y' in m and rad in the frame of the beam's
+        // ellipse, then coupled: the field on the cathode leaves the beam an
+        // angular momentum it keeps along the line, and the solenoid turns
+        // the ellipse (it is not round) by the Larmor angle.
         double s[6][6] = {};
         s[0][0] = std::pow(b.sx * 1e-3, 2);
         s[0][1] = b.sx * b.cx * 1e-6;
@@ -181,8 +189,8 @@ void write_sigma(const std::string& dir, int run, const Model& m) {
         s[4][5] = -0.9 * std::sqrt(s[4][4] * s[5][5]);
         for (int r = 0; r < 6; ++r)
             for (int c = 0; c < r; ++c) s[r][c] = s[c][r];
-        double k = 0.5 * b.b / m.settings().b_sol;  // 1/m
-        double psi = 0.1 * std::tanh((zz - kZSol) / 0.1);
+        double k = 0.5 * b.b / m.settings().b_sol + 0.08 * std::tanh(zz / 0.05);  // 1/m
+        double psi = 0.35 * b.larmor;
         double T[4][4] = {{1, 0, 0, 0}, {0, 1, k, 0}, {0, 0, 1, 0}, {-k, 0, 0, 1}};
         double cs = std::cos(psi), sn = std::sin(psi);
         double R[4][4] = {{cs, 0, sn, 0}, {0, cs, 0, sn}, {-sn, 0, cs, 0}, {0, -sn, 0, cs}};
@@ -257,7 +265,7 @@ void write_tracks(const std::string& dir, int run, const Model& m, bool three_d)
             if (pr.lost) continue;
             double zz = m.z_at(t) + pr.dz * 1e-3 * std::min(1.0, t / 0.05);
             Beam b = m.at(zz);
-            double r = pr.r0 * b.sx / m.size(0, 1.0);
+            double r = pr.r0 * b.sx / m.size(0, kX);
             double a = pr.phi - b.larmor;
             double x = r * std::cos(a), y = r * std::sin(a);
             int stat = 0;
@@ -325,18 +333,19 @@ void write_phase_scans(const std::string& dir, int run, const Model& m) {
     }
 }
 
-// The ten figures of merit at the end of the line, and where they are taken.
+// The ten figures of merit at the end of the line, where the runs of the
+// series end too, and the position of the horizontal waist.
 std::array<double, 11> figures(const Model& m, double jitter, Rng& rng) {
-    double zz = std::min(kZEnd, m.waist() + 0.6);  // the emittance minimum
+    const double zz = kZEnd;
     Beam b = m.at(zz);
-    auto j = [&](double v) { return v * (1 + jitter * rng.normal()); };
-    return {j(zz),  j(b.ex), j(b.ey), j(b.sx), j(b.sy),
-            j(b.e), j(b.se), j(b.sz), j(b.ez), 100 * b.n / kParticles,
+    auto j = [&](double v, double share = 1) { return v * (1 + share * jitter * rng.normal()); };
+    return {j(m.waist()), j(b.ex), j(b.ey), j(b.sx), j(b.sy),
+            j(b.e),       j(b.se), j(b.sz), j(b.ez), std::min(100.0, j(100 * b.n / kParticles, 0.05)),
             j(b.dx)};
 }
 
 const char* const kFigureLabels[11][2] = {
-    {"\\fiz\\dout\\u m", "Output position"},
+    {"\\fiz\\dwaist\\u m", "Waist position"},
     {"\\ge\\dn,x\\u \\gp mrad mm", "Emittance x"},
     {"\\ge\\dn,y\\u \\gp mrad mm", "Emittance y"},
     {"\\gs\\dx\\u mm", "Beam size x"},
@@ -374,7 +383,7 @@ void write_scan(const std::string& dir, int run, const Settings& base, const std
         Settings s = base;
         s.b_sol = b;
         Model m(s);
-        auto fig = figures(m, 0.003, rng);
+        auto fig = figures(m, 0.001, rng);
         std::string line = fmt_e12_4(b) + fmt_e12_4(fig[0]);
         for (int k = 1; k <= 10; ++k) line += fmt_e12_4(fig[k]);
         f.text(line);
@@ -461,10 +470,12 @@ void write_run(const std::string& dir, int run, const Settings& s) {
 
 int main(int argc, char** argv) {
     const std::string dir = argc > 1 ? argv[1] : ".";
+    // A solenoid scan: the runs differ in the field alone, and the .Scan of
+    // the series holds the same three settings among its points.
     const Settings runs[3] = {
         {6.2, 0.200, 1.0, 1.00, 0.40},
-        {6.0, 0.215, 1.0, 1.08, 0.40},
-        {6.4, 0.190, 0.5, 0.80, 0.35},
+        {6.2, 0.215, 1.0, 1.00, 0.40},
+        {6.2, 0.190, 1.0, 1.00, 0.40},
     };
     for (int r = 1; r <= 3; ++r) write_run(dir, r, runs[r - 1]);
     write_geometry(dir);

@@ -1,0 +1,117 @@
+// The bundled example as the tool writes it, and what it shows a user: on
+// every row a run offers, curves that change; x apart from y; the runs of
+// the solenoid series apart; the series' scan agreeing with its runs.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <set>
+
+#include "app/pages.hpp"
+#include "app/run_load.hpp"
+#include "app/startup.hpp"
+#include "core/run_catalogue.hpp"
+#include "tests/support/harness.hpp"
+
+using namespace viewer;
+using namespace viewer::testing;
+namespace fs = std::filesystem;
+
+namespace {
+
+const fs::path kExamples = fs::path(VIEWER_SOURCE_DIR) / "examples";
+
+std::string bytes(const fs::path& p) {
+    std::ifstream in(p, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+// The numeric columns of a CSV file, by header (cells of other runs and curves together).
+std::map<std::string, std::vector<double>> columns(const std::string& path) {
+    std::ifstream in(path);
+    std::string line;
+    std::getline(in, line);
+    std::vector<std::string> header;
+    for (std::stringstream h(line); std::getline(h, line, ',');) header.push_back(line);
+    std::map<std::string, std::vector<double>> out;
+    while (std::getline(in, line)) {
+        std::stringstream row(line);
+        std::string cell;
+        for (std::size_t c = 0; std::getline(row, cell, ','); ++c)
+            if (!cell.empty() && c < header.size()) out[header[c]].push_back(std::stod(cell));
+    }
+    return out;
+}
+
+double largest(const std::vector<double>& v) {
+    return v.empty() ? 0 : *std::max_element(v.begin(), v.end());
+}
+
+}  // namespace
+
+TEST(Example, TheToolWritesTheBundledRun) {
+    TempDir made{"example"};
+    ASSERT_EQ(std::system((std::string(MAKE_EXAMPLE_BINARY) + " " + made.path).c_str()), 0);
+    std::set<std::string> ours, bundled;
+    for (const auto& e : fs::directory_iterator(made.path)) ours.insert(e.path().filename().string());
+    for (const auto& e : fs::directory_iterator(kExamples)) bundled.insert(e.path().filename().string());
+    EXPECT_EQ(ours, bundled);
+    std::uintmax_t size = 0;
+    for (const std::string& f : ours) {
+        EXPECT_EQ(bytes(fs::path(made.path) / f), bytes(kExamples / f)) << f << " differs from the tool's";
+        size += fs::file_size(kExamples / f);
+    }
+    EXPECT_LT(size, 3u << 20);
+}
+
+TEST(Example, EveryRowShowsSomething) {
+    std::map<int, double> end_size;  // of run 1, 2, 3: sigma_x at the end of the line
+    for (int run = 1; run <= 3; ++run) {
+        const Fexist f = tables_present(kExamples, "rfgun", "." + run_digits(run));
+        Harness h;
+        fs::copy(kExamples, h.dir.path);
+        int rows = 0;
+        for (int page = 1; page <= 5; ++page)
+            for (int code = 1; code <= 41; ++code) {
+                const MenuRow* row = find_row(page, code);
+                if (!row || !available(*row, f)) continue;
+                const std::string ref = std::to_string(page) + ":" + std::to_string(code);
+                SCOPED_TRACE("run " + std::to_string(run) + " row " + ref);
+                std::ostringstream err;
+                ASSERT_EQ(
+                    h.export_line("rfgun," + std::to_string(run) + " --plot " + ref + " --csv d.csv", err),
+                    0);
+                const auto cols = columns(h.dir.file("d.csv"));
+                ++rows;
+                for (const auto& [name, values] : cols) {
+                    if (name == "curve") continue;
+                    EXPECT_GT(std::set<double>(values.begin(), values.end()).size(), 1u)
+                        << name << " is flat";
+                }
+                // a beam that is not round
+                if (page == 1 && (code <= 3 || code == 12)) {
+                    // by name: x, y, then z; apart by a tenth of the largest somewhere
+                    const auto& x = cols.begin()->second;
+                    const auto& y = std::next(cols.begin())->second;
+                    double apart = 0;
+                    for (std::size_t i = 0; i < x.size() && i < y.size(); ++i)
+                        apart = std::max(apart, std::fabs(x[i] - y[i]));
+                    EXPECT_GT(apart, 0.1 * std::max(largest(x), largest(y))) << cols.begin()->first;
+                }
+                if (ref == "1:2") end_size[run] = cols.at("sigma_x [mm]").back();
+            }
+        EXPECT_GE(rows, run == 3 ? 20 : 70) << run;  // run 3 has fewer tables
+    }
+    // The runs of the series end apart, and the scan of the series found the
+    // same sizes at their fields.
+    EXPECT_GT(end_size[2] / end_size[1], 1.2);
+    EXPECT_GT(end_size[1] / end_size[3], 1.2);
+    std::ifstream scan(kExamples / "rfgun.Scan.002");
+    std::map<double, double> sx_at;  // field T -> sigma_x mm
+    for (double v[12]; scan >> v[0] >> v[1] >> v[2] >> v[3] >> v[4] >> v[5] >> v[6] >> v[7] >> v[8] >> v[9] >>
+                       v[10] >> v[11];)
+        sx_at[v[0]] = v[4];  // the field, then the waist, the emittances and the size in x
+    for (const auto& [run, field] : std::map<int, double>{{1, 0.200}, {2, 0.215}, {3, 0.190}})
+        EXPECT_NEAR(sx_at.at(field) / end_size[run], 1.0, 0.01) << run;
+}
