@@ -12,11 +12,11 @@ stop_all() {
 }
 trap stop_all EXIT
 
-# poll WHAT COMMAND...: runs COMMAND until it succeeds, for ten seconds.
+# poll WHAT COMMAND...: runs COMMAND until it succeeds, for ten seconds (POLL_TENTHS tenths).
 poll() {
   local what=$1
   shift
-  for _ in $(seq 1 100); do "$@" >/dev/null 2>&1 && return 0; sleep 0.1; done
+  for _ in $(seq 1 "${POLL_TENTHS:-100}"); do "$@" >/dev/null 2>&1 && return 0; sleep 0.1; done
   fail "$what"
 }
 shows() { [ "$(grep -cF -- "$1" "$WORK/out.txt" 2>/dev/null || true)" -ge "${2:-1}" ]; }
@@ -26,7 +26,8 @@ wait_for() { poll "console never showed '$1' ${2:-1} times" shows "$@"; }
 x_ready() { [ -s "$WORK/display" ] && export DISPLAY=":$(tr -dc '0-9' <"$WORK/display")" && xdpyinfo; }
 start_x() {
   : >"$WORK/display"
-  Xvfb -displayfd 4 -screen 0 1600x1200x24 -dpi 100 -nolisten tcp 4>"$WORK/display" >/dev/null 2>&1 &
+  # -noreset: the server would start anew after xdpyinfo leaves, refusing the viewer meanwhile.
+  Xvfb -displayfd 4 -screen 0 1600x1200x24 -dpi 100 -nolisten tcp -noreset 4>"$WORK/display" >/dev/null 2>&1 &
   XPID=$!
   poll "Xvfb did not start" x_ready
 }
@@ -45,8 +46,9 @@ start_viewer() {
   shift 2
   (cd "$dir" && "$VIEWER" "$@" <"$input" >"$WORK/out.txt" 2>&1; echo "$?" >"$WORK/status") &
   VPID=$!
-  poll "window 101 did not open" xdotool search --name "PGPLOT Window 101"
-  poll "window 102 did not open" xdotool search --name "PGPLOT Window 102"
+  # The library's window server starts with the first window: a busy machine takes its time.
+  POLL_TENTHS=400 poll "window 101 did not open" xdotool search --name "PGPLOT Window 101"
+  POLL_TENTHS=400 poll "window 102 did not open" xdotool search --name "PGPLOT Window 102"
   MENU=$(xdotool search --name "PGPLOT Window 101" | head -1)
   read -r MW MH < <(xdotool getwindowgeometry "$MENU" | awk '/Geometry/ {split($2, a, "x"); print a[1], a[2]}')
 }
