@@ -5,6 +5,7 @@
 
 #include <charconv>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -164,30 +165,50 @@ inline bool parse_canonical(const char* b, const char* e, T& out) {
     return true;
 }
 
-// A full 12-column field " -d.ddddE+dd" or "  d.ddddE+dd", the bulk of
-// every fixed table. The tests are combined without branches because signs
-// and exponents vary at random from field to field.
+// A full 12-column field " -d.ddddE+dd" or "  d.ddddE+dd" (the exponent
+// letter E or D, either case), the bulk of every fixed table, as the two
+// exact factors of its value: `num` the signed digits times 10^k for k >= 0,
+// `den` 10^-k for k < 0 (else 1). One division num / den then rounds once,
+// as from_chars does; a line's divisions go several at a time. The field is
+// checked and its digits taken eight and four bytes at a time: signs and
+// exponents vary at random from field to field, so the checks are combined
+// without branches.
 template <class T>
-inline bool parse_e12_4(const char* f, T& out) {
-    const bool neg = f[1] == '-';
-    const char* p = f + 2;
-    const unsigned d0 = static_cast<unsigned char>(p[0] - '0'), d1 = static_cast<unsigned char>(p[2] - '0'),
-                   d2 = static_cast<unsigned char>(p[3] - '0'), d3 = static_cast<unsigned char>(p[4] - '0'),
-                   d4 = static_cast<unsigned char>(p[5] - '0'), x1 = static_cast<unsigned char>(p[8] - '0'),
-                   x2 = static_cast<unsigned char>(p[9] - '0');
-    const bool ok = (f[0] == ' ') & (neg | (f[1] == ' ')) & (p[1] == '.') & ((p[6] | 0x20) == 'e') &
-                    ((p[7] == '+') | (p[7] == '-')) & (d0 < 10) & (d1 < 10) & (d2 < 10) & (d3 < 10) &
-                    (d4 < 10) & (x1 < 10) & (x2 < 10);
-    if (!ok) return false;
-    const unsigned m = d0 * 10000 + d1 * 1000 + d2 * 100 + d3 * 10 + d4;
-    int k = static_cast<int>(x1 * 10 + x2);
-    k = (p[7] == '-' ? -k : k) - 4;
-    if (k < -Exact<T>::max_pow || k > Exact<T>::max_pow) return false;
-    const T v = static_cast<T>(m);
-    const T up = v * Exact<T>::pow10[k >= 0 ? k : 0];
-    const T down = v / Exact<T>::pow10[k < 0 ? -k : 0];
-    const T r = k >= 0 ? up : down;
-    out = neg ? -r : r;
+[[gnu::always_inline]] inline bool e12_4_factors(const char* f, T& num, T& den) {
+    std::uint64_t q;  // bytes 0..7: blank, blank or minus, digit, point, four digits
+    std::uint32_t r;  // bytes 8..11: exponent letter, its sign, two digits
+    std::memcpy(&q, f, 8);
+    std::memcpy(&r, f + 8, 4);
+    const unsigned b1 = static_cast<unsigned>(q >> 8) & 0xFF, letter = (r & 0xFF) | 0x20,
+                   sign = (r >> 8) & 0xFF;
+    // Byte 0 a blank, byte 3 the point; the digits' high nibbles 3 and their
+    // low ones at most 9 (adding 6 keeps such a nibble inside its byte).
+    const bool ok = ((q & 0x00000000FF0000FFULL) == 0x000000002E000020ULL) &
+                    ((q & 0xF0F0F0F000F00000ULL) == 0x3030303000300000ULL) &
+                    ((((q & 0x0F0F0F0F000F0000ULL) + 0x0606060600060000ULL) & 0xF0F0F0F000F00000ULL) == 0) &
+                    ((r & 0xF0F00000U) == 0x30300000U) &
+                    ((((r & 0x0F0F0000U) + 0x06060000U) & 0xF0F00000U) == 0) & ((b1 == ' ') | (b1 == '-')) &
+                    ((letter == 'e') | (letter == 'd')) & ((sign == '+') | (sign == '-'));
+    // Four digits d1 d2 d3 d4 of the bytes 4..7 to one number, in two steps.
+    std::uint32_t x = static_cast<std::uint32_t>(q >> 32) & 0x0F0F0F0FU;
+    x = (x * 10 + (x >> 8)) & 0x00FF00FFU;
+    x = (x * 100 + (x >> 16)) & 0xFFFFU;
+    const unsigned m = (static_cast<unsigned>(q >> 16) & 0x0F) * 10000 + x;
+    int k = static_cast<int>(((r >> 16) & 0x0F) * 10 + ((r >> 24) & 0x0F));
+    k = (sign == '-' ? -k : k) - 4;
+    if (!ok || k < -Exact<T>::max_pow || k > Exact<T>::max_pow) return false;
+    const T v = b1 == '-' ? -static_cast<T>(m) : static_cast<T>(m);
+    num = k >= 0 ? v * Exact<T>::pow10[k] : v;
+    den = k >= 0 ? T(1) : Exact<T>::pow10[-k];
+    return true;
+}
+
+// The same field as one value.
+template <class T>
+[[gnu::always_inline]] inline bool parse_e12_4(const char* f, T& out) {
+    T num, den;
+    if (!e12_4_factors(f, num, den)) return false;
+    out = num / den;
     return true;
 }
 

@@ -1,6 +1,8 @@
 // Records of run files: fixed records cut by columns, free records split
 // at blanks, commas and line ends, and A80 text lines.
 #include <array>
+#include <charconv>
+#include <type_traits>
 #include <vector>
 
 #include "core/number_parsing.hpp"
@@ -8,6 +10,7 @@
 
 namespace viewer {
 
+using number::e12_4_factors;
 using number::is_blank;
 using number::parse_canonical;
 using number::parse_e12_4;
@@ -44,11 +47,38 @@ bool parse_fortran_logical(std::string_view field, bool& out) {
 // ---------------------------------------------------------------------------
 // Records
 
+namespace {
+
+constexpr std::size_t kMaxFixedFields = 32;  // more than any table has
+
+// The truth field after the numbers of a fixed record.
+bool read_logical(const TableFile& f, std::string_view line, std::size_t pos, bool& out) {
+    std::string_view field = pos < line.size() ? line.substr(pos, 3) : std::string_view{};
+    if (!parse_fortran_logical(field, out))
+        throw RecordError(f.name(), f.line_number(), static_cast<int>(pos + 1),
+                          "cannot read a truth value from \"" + std::string(field) + "\"");
+    return true;
+}
+
+}  // namespace
+
 bool read_fixed(TableFile& f, std::span<float> reals, bool* logical, int width) {
     std::string_view line;
     if (!f.next_line(line)) return false;
     const std::size_t w = static_cast<std::size_t>(width);
     if (!f.line_ended() && line.size() < reals.size() * w) return false;  // still being written
+    // The tracker's own form in every field: the factors of each, then all
+    // the divisions in one loop, which the compiler does several at a time.
+    const std::size_t n = reals.size();
+    if (w == 12 && n <= kMaxFixedFields && line.size() >= n * 12) {
+        std::array<float, kMaxFixedFields> num, den;
+        std::size_t i = 0;
+        while (i < n && e12_4_factors(line.data() + 12 * i, num[i], den[i])) ++i;
+        if (i == n) {
+            for (std::size_t k = 0; k < n; ++k) reals[k] = num[k] / den[k];
+            return logical ? read_logical(f, line, 12 * n, *logical) : true;
+        }
+    }
     std::size_t pos = 0;
     for (float& r : reals) {
         if (w == 12 && pos + 12 <= line.size() && parse_e12_4(line.data() + pos, r)) {
@@ -61,13 +91,7 @@ bool read_fixed(TableFile& f, std::span<float> reals, bool* logical, int width) 
                               "cannot read a number from \"" + std::string(field) + "\"");
         pos += w;
     }
-    if (logical) {
-        std::string_view field = pos < line.size() ? line.substr(pos, 3) : std::string_view{};
-        if (!parse_fortran_logical(field, *logical))
-            throw RecordError(f.name(), f.line_number(), static_cast<int>(pos + 1),
-                              "cannot read a truth value from \"" + std::string(field) + "\"");
-    }
-    return true;
+    return logical ? read_logical(f, line, pos, *logical) : true;
 }
 
 namespace {
@@ -113,6 +137,34 @@ bool convert(std::string_view tok, FreeField::Type type, Value& v) {
     return false;
 }
 
+// The number at `b` in the library's own spelling, read in the one pass
+// that also finds where it ends: the end when a separator or the line's end
+// follows it, null for every other item (Fortran exponents, a leading plus,
+// values out of range, words), which `convert` then reads as a whole.
+template <class T>
+const char* scan_as(const char* b, const char* e, T& out) {
+    if constexpr (std::is_floating_point_v<T>) {
+        // The tracker's own -d.ddddE+dd first: its length is known.
+        const char* end = b + (*b == '-' ? 11 : 10);
+        if (end <= e && (end == e || free_class(*end) != kToken) && parse_canonical(b, end, out)) return end;
+    }
+    const auto r = std::from_chars(b, e, out);
+    if (r.ec != std::errc{} || r.ptr == b || (r.ptr != e && free_class(*r.ptr) == kToken)) return nullptr;
+    return r.ptr;
+}
+
+const char* scan(const char* b, const char* e, FreeField::Type type, Value& v) {
+    switch (type) {
+        case FreeField::Int:
+            return scan_as(b, e, v.i);
+        case FreeField::Real:
+            return scan_as(b, e, v.r);
+        case FreeField::Double:
+            return scan_as(b, e, v.d);
+    }
+    return nullptr;
+}
+
 void commit(const FreeField& fld, const Value& v) {
     switch (fld.type) {
         case FreeField::Int:
@@ -156,6 +208,10 @@ bool read_free(TableFile& f, std::span<const FreeField> fields) {
             have_line = false;
         }
         if (line[pos] == '/') break;  // a slash ends the record; the rest keep their values
+        if (const char* end = scan(line.data() + pos, line.data() + line.size(), fields[n].type, vals[n])) {
+            pos = static_cast<std::size_t>(end - line.data());
+            continue;
+        }
         std::size_t end = pos;
         while (end < line.size() && free_class(line[end]) == kToken) ++end;
         const std::string_view tok = line.substr(pos, end - pos);

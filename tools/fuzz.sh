@@ -34,6 +34,7 @@ seeds() {
   local t=$1 dir=$2 suffix=""
   case "$t" in
     fixed_record) suffix='.Xemit. .Cathode. .C99emit. .lab.' ;;
+    fast_field) printf '  1.2345E+00' >"$dir/f1"; printf ' -9.9999D-10' >"$dir/f2"; printf '  0.0000e+00' >"$dir/f3" ;;
     free_record) suffix='.ref. .track. .tcheck. .Sigma.' ;;
     aperture) cp examples/Geometry.dat "$dir/" ;;
     reference) printf ' 0.1 2.0 3.0\n 0.2 2.5 3.5\n' >"$dir/ref" ;;
