@@ -34,18 +34,11 @@ void cathode_plot(Session& s, const CathodePlot& c) {
     RewindOnExit rewind(s, {Kind::Cathode});
 
     RunRecord rec(kind);
-    int SIZE = 0;
-    if (present) {
-        while (rec.read(file)) ++SIZE;
-        file.rewind();
-    }
     std::vector<float> Z;
     std::vector<std::vector<float>> Y(c.curves.size());
-    Z.reserve(static_cast<std::size_t>(SIZE));
-    for (auto& y : Y) y.reserve(static_cast<std::size_t>(SIZE));
 
     int I = 1;
-    if (present && SIZE >= 1) {
+    if (present) {  // every record of the table, in one pass
         const bool zoom = s.logo.ZOOM_TIME;
         const float lower = s.graph.TIME_LOWER, upper = s.graph.TIME_UPPER;
         while (rec.read(file)) {
@@ -53,8 +46,7 @@ void cathode_plot(Session& s, const CathodePlot& c) {
             if (zoom && (CLOCK < lower || CLOCK > upper)) continue;
             Z.push_back(CLOCK);
             for (std::size_t k = 0; k < Y.size(); ++k) Y[k].push_back(c.curves[k](rec));
-            mami(st, 1, I, CLOCK, Y[0].back());
-            if (I++ == SIZE) break;
+            mami(st, 1, I++, CLOCK, Y[0].back());
         }
     }
     const int NP = st.NP = I - 1;

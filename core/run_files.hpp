@@ -57,6 +57,7 @@ public:
     long line_number() const { return line_no_; }                // of the line last handed out
     bool line_ended() const { return ended_; }                   // the last line had its line end
     std::size_t buffer_capacity() const { return buf_.size(); }  // bytes held, whatever the file size
+    std::uint64_t bytes_read() const { return bytes_read_; }     // since the file was opened, rewinds and all
 
 private:
     bool fill();
@@ -65,6 +66,7 @@ private:
     std::vector<char> buf_;
     std::size_t begin_ = 0, end_ = 0;
     bool eof_ = false;
+    std::uint64_t bytes_read_ = 0;
     long line_no_ = 0;
     bool ended_ = true;
 };

@@ -54,6 +54,7 @@ bool TableFile::open(const std::string& path) {
 void TableFile::close() {
     if (fd_ >= 0) ::close(fd_);
     fd_ = -1;
+    bytes_read_ = 0;
     name_.clear();
     begin_ = end_ = 0;
     eof_ = false;
@@ -89,6 +90,7 @@ bool TableFile::fill() {
         return false;
     }
     end_ += static_cast<std::size_t>(got);
+    bytes_read_ += static_cast<std::uint64_t>(got);
     return true;
 }
 
