@@ -16,9 +16,8 @@ ScanCounter::ScanCounter(int NSCAN, int NPHASE, ScanOrdinate what, PhaseZoom zoo
     : what_(what), zoom_(zoom) {
     t_.NSCAN = NSCAN;
     t_.NPHASE = NPHASE;
-    const auto cells = static_cast<std::size_t>(NSCAN) * static_cast<std::size_t>(NPHASE);
-    t_.DAT.assign(cells, 0.0f);
-    if (what == ScanOrdinate::energy) t_.DATZ.assign(cells, 0.0f);
+    // The curves grow a scan at a time: a table of three scans does not
+    // clear room for five hundred on every draw.
     t_.Z.assign(static_cast<std::size_t>(NPHASE), 0.0f);
     t_.J = 1;
 }
@@ -59,6 +58,11 @@ bool ScanCounter::take(const PScanRow& r) {
     ++K_;
     const std::size_t at = static_cast<std::size_t>(t_.J - 1) * static_cast<std::size_t>(t_.NPHASE) +
                            static_cast<std::size_t>(K_ - 1);
+    if (t_.DAT.size() <= at) {
+        const std::size_t cells = static_cast<std::size_t>(t_.J) * static_cast<std::size_t>(t_.NPHASE);
+        t_.DAT.resize(cells, 0.0f);
+        if (what_ == ScanOrdinate::energy) t_.DATZ.resize(cells, 0.0f);
+    }
     t_.Z[static_cast<std::size_t>(K_ - 1)] = r.PHASE;
     t_.DAT[at] = v;
     if (!t_.DATZ.empty()) t_.DATZ[at] = r.PHASE;

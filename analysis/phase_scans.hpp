@@ -34,7 +34,7 @@ struct PhaseZoom {
     float lower = 0, upper = 0;  // deg
 };
 
-// The scans as a table of NSCAN curves of NPHASE points, curve after curve.
+// The scans taken (at most NSCAN), curves of NPHASE points, curve after curve.
 struct ScanTable {
     int NSCAN = 0, NPHASE = 0;
     std::vector<float> DAT;   // ordinate of point k of scan j at (j-1)*NPHASE + k-1; 0 where none was taken
