@@ -117,6 +117,10 @@ ExportRequest parse_export(int argc, const char* const* argv) {
             r.has_arg = true;
         } else if (a == "--help") {
             r.help = true;
+        } else if (a == "--version") {
+            r.version = true;
+        } else if (a == "--projects") {
+            r.projects = true;
         } else if (a == "--list") {
             r.list = true;
         } else if (a == "--plot") {
@@ -182,7 +186,12 @@ ExportRequest parse_export(int argc, const char* const* argv) {
             throw UsageError("unknown option " + a + " (see --help)");
         }
     }
-    if (r.help) return r;
+    if (r.help || r.version) return r;
+    if (r.projects) {
+        if (r.has_arg || argc > 2)
+            throw UsageError("--projects goes alone: it lists what the directory holds");
+        return r;
+    }
     if (r.serve) {
         if (r.list || !r.plots.empty() || r.overview || have_out || r.runs || !r.csv.empty() ||
             !r.stats.empty())
@@ -205,12 +214,18 @@ ExportRequest parse_export(int argc, const char* const* argv) {
     return r;
 }
 
+std::string version_line() {
+    return std::string("viewer ") + VIEWER_VERSION;
+}
+
 std::string export_usage() {
-    return R"(usage: viewer [ARG] --plot PAGE:ROW [--plot PAGE:ROW ...] --out FILE [options]
+    return version_line() + R"(
+usage: viewer [ARG] --plot PAGE:ROW [--plot PAGE:ROW ...] --out FILE [options]
        viewer [ARG] --overview PAGE --out FILE [options]
        viewer [ARG] --list
        viewer [ARG] --serve [[HOST:]PORT]
-       viewer --help
+       viewer --projects
+       viewer --help | --version
 
 Draws menu rows or the nine-panel overview sheet of a page into a file,
 without a window. ARG names project and run as for the interactive viewer
@@ -222,6 +237,8 @@ without a window. ARG names project and run as for the interactive viewer
   --out FILE           .ps colour PostScript, .eps one encapsulated page,
                        .png (several plots: NAME.png, NAME_2.png, ...), .pdf
   --list               the rows this run offers, with their PAGE:ROW
+  --projects           the projects with run tables in this directory, their
+                       runs and the tables of each run
   --zoom LOW:HIGH      the abscissa window of each plot's family
   --geometry[=FILE]    lay the aperture outline over the plots (Geometry.dat)
   --bins N             bins of the histograms, 1 to 3200

@@ -5,6 +5,8 @@
 //   viewer [ARG] --overview PAGE --out FILE [options]
 //   viewer [ARG] --list
 //   viewer [ARG] --serve [[HOST:]PORT]
+//   viewer --projects
+//   viewer --version
 //   viewer --help
 // --runs LIST lays several runs on one plot; --csv and --stats write the
 // numbers behind the plots.
@@ -45,7 +47,9 @@ struct ExportRequest {
     std::string arg;  // the usual first argument; empty: rfgun, run 001
     bool has_arg = false;
     bool help = false;
+    bool version = false;
     bool list = false;
+    bool projects = false;      // --projects: the projects and runs of the directory
     std::vector<RowRef> plots;  // in the order given, one page each
     int overview = 0;           // page of the sheet; 0: none
     std::string out;            // --out
@@ -76,5 +80,8 @@ ExportRequest parse_export(int argc, const char* const* argv);
 
 // The text of --help.
 std::string export_usage();
+
+// "viewer 1.0.0", as --version prints it.
+std::string version_line();
 
 }  // namespace viewer

@@ -14,6 +14,7 @@
 #include "app/dialogues.hpp"
 #include "app/export_files.hpp"
 #include "app/pages.hpp"
+#include "app/projects.hpp"
 #include "app/run_load.hpp"
 #include "app/startup.hpp"
 #include "app/windows.hpp"
@@ -385,6 +386,19 @@ private:
 int run_export(Session& s, Capture& capture, const ExportRequest& r, const std::tm& now, std::ostream& err) {
     if (r.help) {
         s.con.out << export_usage();
+        return 0;
+    }
+    if (r.version) {
+        s.con.out << version_line() << "\n";
+        return 0;
+    }
+    if (r.projects) {
+        const std::vector<ProjectRuns> found = projects_in(s.dir);
+        if (found.empty()) {
+            err << "viewer: no run tables in " << fs::absolute(s.dir).lexically_normal().string() << "\n";
+            return 1;
+        }
+        print_projects(s.con.out, found);
         return 0;
     }
     try {

@@ -73,8 +73,9 @@ void list_rows(Session& s) {
             const MenuRow* row = find_row(page, code);
             if (!row || !available(*row, s.fexist)) continue;
             const std::string ref = std::to_string(page) + ":" + std::to_string(code);
-            out << "  " << ref << std::string(ref.size() < 7 ? 7 - ref.size() : 1, ' ') << echo_text(s, code)
-                << "\n";
+            // The row's whole name: the menu's 33 characters make two rows alike.
+            out << "  " << ref << std::string(ref.size() < 7 ? 7 - ref.size() : 1, ' ')
+                << spoken(menu_text(*row, s.fexist)) << "\n";
         }
     }
 }

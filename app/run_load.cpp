@@ -162,21 +162,24 @@ std::vector<int> runs_in_directory(const Session& s, std::string_view project) {
     return runs_in_directory(s.dir, project);
 }
 
+std::optional<TableName> table_name(std::string_view name) {
+    if (name.size() < 5 || name[name.size() - 4] != '.') return std::nullopt;
+    const std::string_view digits = name.substr(name.size() - 3);
+    if (digits.find_first_not_of("0123456789") != std::string_view::npos) return std::nullopt;
+    const std::string_view stem = name.substr(0, name.size() - 4);
+    const RunKind* k = kind_of_stem(stem);
+    if (!k) return std::nullopt;
+    return TableName{std::string(stem.substr(0, stem.size() - std::strlen(k->suffix))), k,
+                     (digits[0] - '0') * 100 + (digits[1] - '0') * 10 + (digits[2] - '0')};
+}
+
 std::vector<int> runs_in_directory(const std::string& dir, std::string_view project) {
     std::vector<int> runs;
     std::error_code ec;
     for (std::filesystem::directory_iterator it(dir.empty() ? "." : dir, ec), end; !ec && it != end;
-         it.increment(ec)) {
-        const std::string name = it->path().filename().string();
-        // <project><suffix>.<three digits>
-        if (name.size() < 5 || name[name.size() - 4] != '.') continue;
-        const std::string_view digits = std::string_view(name).substr(name.size() - 3);
-        if (digits.find_first_not_of("0123456789") != std::string_view::npos) continue;
-        const std::string_view stem = std::string_view(name).substr(0, name.size() - 4);
-        const RunKind* k = kind_of_stem(stem);
-        if (!k || stem.substr(0, stem.size() - std::strlen(k->suffix)) != project) continue;
-        runs.push_back((digits[0] - '0') * 100 + (digits[1] - '0') * 10 + (digits[2] - '0'));
-    }
+         it.increment(ec))
+        if (const auto t = table_name(it->path().filename().string()); t && t->project == project)
+            runs.push_back(t->run);
     std::sort(runs.begin(), runs.end());
     runs.erase(std::unique(runs.begin(), runs.end()), runs.end());
     return runs;

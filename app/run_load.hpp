@@ -2,10 +2,12 @@
 // existence flags, the open units, and the measured line counts.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "core/run_catalogue.hpp"
 #include "core/session.hpp"
 
 namespace viewer {
@@ -17,6 +19,15 @@ bool load_run(Session& s);
 // Number of records of a file: non-blank lines of a text file, or records
 // of a binary file. Missing file: message and stop.
 void get_size(Session& s, const std::string& name, int& count);
+
+// What the name of a run table says: <project><suffix>.<three digits>;
+// nullopt for any other file name.
+struct TableName {
+    std::string project;
+    const RunKind* kind;
+    int run;  // 0..999
+};
+std::optional<TableName> table_name(std::string_view file);
 
 // The run numbers of `project` in the working directory, ascending: those
 // of every file named <project><suffix>.<three digits> of a kind.

@@ -60,4 +60,16 @@ void BM_RunsOnePlotProcess(benchmark::State& state) {
 }
 BENCHMARK(BM_RunsOnePlotProcess)->Unit(benchmark::kMillisecond)->UseRealTime();
 
+// `viewer --projects` in a directory of 3000 files: a hundred runs of
+// thirty kinds, and 900 other files.
+void BM_ProjectsOf3000Files(benchmark::State& state) {
+    viewer::testing::TempDir dir{"projects_bench"};
+    for (int run = 1; run <= 100; ++run)
+        for (const RunKind& k : run_catalogue())
+            if (k.kind != Kind::Sub_emit) dir.write(run_file_name(k, "big", "." + run_digits(run)), "");
+    for (int i = 0; i < 900; ++i) dir.write("other" + std::to_string(i) + ".txt", "");
+    bench::time_viewer(state, dir.path, {"--projects"});
+}
+BENCHMARK(BM_ProjectsOf3000Files)->Unit(benchmark::kMillisecond)->UseRealTime();
+
 }  // namespace

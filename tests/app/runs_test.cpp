@@ -10,6 +10,8 @@
 #include <sstream>
 
 #include "app/export.hpp"
+#include "app/startup.hpp"
+#include "core/run_catalogue.hpp"
 #include "tests/support/harness.hpp"
 
 using namespace viewer;
@@ -129,4 +131,40 @@ TEST(Runs, Refusals) {
             EXPECT_TRUE(status == -1 && has(u.what(), words)) << u.what();
         }
     }
+}
+
+TEST(Projects, WhatADirectoryHolds) {
+    // clang-format off
+    const std::tuple<std::vector<std::string>, int, std::string> cases[] = {
+        {{"p.Xemit.001", "p.Yemit.001", "p.ref.002", "q.r=1.5.Zemit.010", "q.r=1.5.lab-E.010"}, 0,
+         "p  2 runs\n  001  .Xemit .Yemit\n  002  .ref\nq.r=1.5  1 run\n  010  .Zemit .lab-E\n"},
+        {{"notes.Xemit.txt", "a.Xemit.1234", "b.Xemit.01", "c.Xemit.00x", "Xemit.001", "d.Xemit.002"}, 0,
+         "d  1 run\n  002  .Xemit\n"},
+        {{}, 1, ""},
+        {{"notes.Xemit.txt", "a.Xemit.1234"}, 1, ""},
+    };
+    // clang-format on
+    for (const auto& [files, status, listed] : cases) {
+        Harness h;
+        for (const std::string& f : files) h.dir.write(f, "1\n");
+        std::ostringstream err;
+        EXPECT_EQ(h.export_line("--projects", err), status);
+        EXPECT_EQ(h.console(), listed);
+        EXPECT_TRUE(status == 0 || has(err.str(), "viewer: no run tables in "));
+    }
+    // Thousands of files: a project a hundred runs of thirty tables, wrapped to 80 columns.
+    Harness many;
+    for (int run = 1; run <= 100; ++run)
+        for (const RunKind& k : run_catalogue())
+            if (k.kind != Kind::Sub_emit) many.dir.write(run_file_name(k, "big", "." + run_digits(run)), "");
+    for (int i = 0; i < 900; ++i) many.dir.write("other" + std::to_string(i) + ".txt", "");
+    std::ostringstream err;
+    ASSERT_EQ(many.export_line("--projects", err), 0);
+    const std::string c = many.console();
+    EXPECT_TRUE(c.starts_with("big  100 runs\n  001  .Xemit .Yemit"));
+    std::size_t lines = 0;
+    for (std::size_t at = 0, next; (next = c.find('\n', at)) != std::string::npos; at = next + 1, ++lines)
+        EXPECT_LE(next - at, 80u);
+    EXPECT_EQ(lines, 1u + 100u * 3u);  // each run's 21 kinds take three lines
+    EXPECT_THROW(request_of("p --projects"), UsageError);
 }

@@ -225,15 +225,16 @@ TEST(Export, SheetsOptionsAndListsAsTheMenuWould) {
     EXPECT_EQ(zoomed.h.session().plot(4).NP, 3);  // z = 0.1, 0.2, 0.3
     EXPECT_TRUE(has(zoomed.h.console(), "     straight line fit: Y = a + b*x"));
 
-    // the rows as echoed, for the tables there are (no .ref, no .Sigma), cut at 33 characters;
-    // a sub-ensemble table renames the cross-over rows
+    // the rows as echoed, for the tables there are (no .ref, no .Sigma), by their whole names (the menu cuts
+    // 4:4 and 4:5 alike); a sub-ensemble table renames the cross-over rows
     for (const char* k : {"p.Sub_emit.001", "p.Xemit2.001", "p.Yemit2.001"}) list.h.dir.write(k, "1\n");
     ASSERT_EQ(list.run("p --list"), 0);
     EXPECT_TRUE(
         in_order(list.h.console(),
                  {"page 1\n  1:1    Trans. Emittance\n  1:2    rms Beam Size\n",
                   "  1:9    Particle velocity\npage 2\n", "  2:12   beta function\n  2:13   alpha function\n",
-                  "  4:5    trans. cor. emitt. contributions\n  4:12   Sub-ensemble emittance\n"}));
+                  "  4:4    trans. cor. emitt. contributions x\n  4:5    trans. cor. emitt. contributions "
+                  "y\n  4:12   Sub-ensemble emittance\n"}));
     EXPECT_FALSE(has(list.h.console(), "page 5"));
 }
 
