@@ -3,12 +3,15 @@
 // tracker writes. Internal to the readers.
 #pragma once
 
+#include <array>
+#include <bit>
 #include <charconv>
 #include <cstdint>
 #include <cstring>
 #include <limits>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace viewer::number {
 
@@ -35,6 +38,31 @@ struct Exact<double> {
     static constexpr double pow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                        1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 };
+
+// The exact factors of 10^k for |k| <= max_pow, split so that a value is
+// m * up[k] / down[k] with one of the two equal to 1: multiplying by 1 and
+// dividing by 1 are exact, so no branch on the sign of k is needed and the
+// result is the one the single rounding of the branchy form gives.
+template <class T>
+struct ExactScale {
+    static constexpr int n = 2 * Exact<T>::max_pow + 1;
+    static constexpr auto make(bool up) {
+        std::array<T, n> t{};
+        for (int k = -Exact<T>::max_pow; k <= Exact<T>::max_pow; ++k)
+            t[static_cast<std::size_t>(k + Exact<T>::max_pow)] =
+                (k >= 0) == up ? Exact<T>::pow10[k >= 0 ? k : -k] : T(1);
+        return t;
+    }
+    static constexpr std::array<T, n> up = make(true), down = make(false);
+};
+
+// v with its sign bit set when `neg`: the sign of a random table is no
+// branch to mispredict, and -0 comes out as from_chars gives it.
+template <class T>
+inline T with_sign(T v, bool neg) {
+    using Bits = std::conditional_t<sizeof(T) == 4, std::uint32_t, std::uint64_t>;
+    return std::bit_cast<T>(std::bit_cast<Bits>(v) | (static_cast<Bits>(neg) << (8 * sizeof(T) - 1)));
+}
 
 // The digits of a number are read into a 64-bit integer while they fit;
 // past 19 significant digits the conversion goes through from_chars.
@@ -156,12 +184,11 @@ inline bool parse_canonical(const char* b, const char* e, T& out) {
     const unsigned m = static_cast<unsigned>(p[0] - '0') * 10000 + static_cast<unsigned>(p[2] - '0') * 1000 +
                        static_cast<unsigned>(p[3] - '0') * 100 + static_cast<unsigned>(p[4] - '0') * 10 +
                        static_cast<unsigned>(p[5] - '0');
-    int k = (p[8] - '0') * 10 + (p[9] - '0');
-    k = (p[7] == '-' ? -k : k) - 4;
+    const int xneg = p[7] == '-';
+    const int k = ((((p[8] - '0') * 10 + (p[9] - '0')) ^ -xneg) + xneg) - 4;
     if (k < -Exact<T>::max_pow || k > Exact<T>::max_pow) return false;
-    T v = static_cast<T>(m);
-    v = k >= 0 ? v * Exact<T>::pow10[k] : v / Exact<T>::pow10[-k];
-    out = neg ? -v : v;
+    const auto at = static_cast<std::size_t>(k + Exact<T>::max_pow);
+    out = with_sign(static_cast<T>(m) * ExactScale<T>::up[at] / ExactScale<T>::down[at], neg);
     return true;
 }
 
@@ -194,12 +221,12 @@ template <class T>
     x = (x * 10 + (x >> 8)) & 0x00FF00FFU;
     x = (x * 100 + (x >> 16)) & 0xFFFFU;
     const unsigned m = (static_cast<unsigned>(q >> 16) & 0x0F) * 10000 + x;
-    int k = static_cast<int>(((r >> 16) & 0x0F) * 10 + ((r >> 24) & 0x0F));
-    k = (sign == '-' ? -k : k) - 4;
+    const int xneg = sign == '-';
+    const int k = (((static_cast<int>(((r >> 16) & 0x0F) * 10 + ((r >> 24) & 0x0F)) ^ -xneg) + xneg)) - 4;
     if (!ok || k < -Exact<T>::max_pow || k > Exact<T>::max_pow) return false;
-    const T v = b1 == '-' ? -static_cast<T>(m) : static_cast<T>(m);
-    num = k >= 0 ? v * Exact<T>::pow10[k] : v;
-    den = k >= 0 ? T(1) : Exact<T>::pow10[-k];
+    const auto at = static_cast<std::size_t>(k + Exact<T>::max_pow);
+    num = with_sign(static_cast<T>(m), b1 == '-') * ExactScale<T>::up[at];
+    den = ExactScale<T>::down[at];
     return true;
 }
 
