@@ -1,6 +1,7 @@
 // Every row of the five pages against its own read: the redraw of the row
 // through PGPLOT's /NULL device (the library's clipping and transforms, no
-// output), and the plain read and parse of the tables it needs. The tables
+// output), the same redraw into graphics that do nothing (the viewer's own
+// share), and the plain read and parse of the tables it needs. The tables
 // are the bundled run scaled up to the largest real ones: PKT records along
 // z, 10^5 of .ref, 10^6 of .track. tools/bench.sh prints the ratios and the
 // peak memory of each row in one table.
@@ -95,11 +96,12 @@ const std::string& tables_dir() {
     return dir;
 }
 
-// A session on the scaled run, drawing into PGPLOT's /NULL device.
+// A session on the scaled run, drawing into PGPLOT's /NULL device, or,
+// for the viewer's own share of a redraw, into graphics that do nothing.
 struct RowSession {
-    std::unique_ptr<Graphics> pg = make_pgplot_graphics();
-    QuietSession q{*pg, tables_dir()};
-    RowSession() {
+    std::unique_ptr<Graphics> pg;
+    QuietSession q;
+    explicit RowSession(std::unique_ptr<Graphics> g) : pg(std::move(g)), q(*pg, tables_dir()) {
         q.s.chara.PROJECT = "rows";
         q.s.chara.RUN = ".001";
         if (!load_run(q.s) || pg->pgopen("/NULL") <= 0) std::abort();
@@ -108,12 +110,15 @@ struct RowSession {
 };
 
 RowSession& row_session() {
-    static RowSession s;
+    static RowSession s(make_pgplot_graphics());
+    return s;
+}
+RowSession& own_session() {
+    static RowSession s(std::make_unique<NullGraphics>());
     return s;
 }
 
-void redraw(benchmark::State& state, int page, int code) {
-    Session& s = row_session().q.s;
+void redraw_in(benchmark::State& state, Session& s, int page, int code) {
     for (auto _ : state) {
         s.window.PAGE = page;
         page_fill(s);
@@ -122,6 +127,12 @@ void redraw(benchmark::State& state, int page, int code) {
         dispatch(s);
         s.pg.pgebuf();
     }
+}
+void redraw(benchmark::State& state, int page, int code) {
+    redraw_in(state, row_session().q.s, page, code);
+}
+void own(benchmark::State& state, int page, int code) {
+    redraw_in(state, own_session().q.s, page, code);
 }
 
 // The tables a row reads, as one redraw shows them: those of which it
@@ -169,6 +180,8 @@ const bool kRegistered = [] {
             if (!row || !available(*row, f)) continue;
             const std::string name = "rows/" + std::to_string(page) + ":" + std::to_string(code);
             benchmark::RegisterBenchmark((name + "/redraw").c_str(), redraw, page, code)
+                ->Unit(benchmark::kMillisecond);
+            benchmark::RegisterBenchmark((name + "/own").c_str(), own, page, code)
                 ->Unit(benchmark::kMillisecond);
             benchmark::RegisterBenchmark((name + "/read").c_str(), read, page, code)
                 ->Unit(benchmark::kMillisecond);

@@ -60,26 +60,23 @@ Points read_along_z(Session& s, PlotState& st, int N, const AlongZ& row) {
         rec.emplace_back(kind);
     }
     const Pass pass(rec);
+    // What a curve takes from a pass; its conversion waits for the whole curve.
     struct Pick {
         const float* value;
-        float (*convert)(float);
         float (*derive)(const Pass&);
-        float of(const Pass& ps) const {
-            if (derive) return derive(ps);
-            return convert ? convert(*value) : *value;
-        }
+        float of(const Pass& ps) const { return derive ? derive(ps) : *value; }
     };
     std::vector<Pick> pick;
     for (const Curve& c : row.curves) {
         if (c.derive) {
-            pick.push_back({nullptr, nullptr, c.derive});
+            pick.push_back({nullptr, c.derive});
             continue;
         }
         const std::size_t t = position_of(row, c.table);
         if (c.field < 0 || c.field >= rec[t].kind().reals())
             throw std::logic_error("plot along z: field " + std::to_string(c.field) +
                                    " is outside a record of " + rec[t].kind().suffix);
-        pick.push_back({&rec[t].real(c.field), c.convert, nullptr});
+        pick.push_back({&rec[t].real(c.field), nullptr});
     }
     const float& Z_MEAN = rec.back().real(0);  // the position is the last table's
 
@@ -91,7 +88,6 @@ Points read_along_z(Session& s, PlotState& st, int N, const AlongZ& row) {
 
     const bool zoom = s.logo.ZOOM_Z;
     const float lower = s.graph.Z_LOWER, upper = s.graph.Z_UPPER;
-    int I = 1;
     for (;;) {
         bool got = true;
         for (RunRecord& r : rec)
@@ -103,21 +99,31 @@ Points read_along_z(Session& s, PlotState& st, int N, const AlongZ& row) {
         if (zoom && (lower > Z_MEAN || Z_MEAN > upper)) continue;
 
         p.Z.push_back(Z_MEAN);
-        if (own) {
-            take_max(st.ZMAX, Z_MEAN);
-            take_min(st.ZMIN, Z_MEAN);
-        }
-        for (int c = 0; c < NC; ++c) {
-            const float y = pick[static_cast<std::size_t>(c)].of(pass);
-            ys[static_cast<std::size_t>(c)].push_back(y);
-            if (own)
-                take_max(st.YMAX, y);
-            else if (c < 2)
-                mami(st, c + 1, I, Z_MEAN, y);
-        }
-        if (I++ == N) break;
+        for (int c = 0; c < NC; ++c)
+            ys[static_cast<std::size_t>(c)].push_back(pick[static_cast<std::size_t>(c)].of(pass));
+        if (static_cast<int>(p.Z.size()) == N) break;
     }
-    p.NP = I - 1;
+    p.NP = static_cast<int>(p.Z.size());
+
+    // Conversions and extremes run over whole curves after the read: the
+    // steps of one point do not wait for the next record, and the order of
+    // each curve's points, which places its extremes, is the order read.
+    for (int c = 0; c < NC; ++c) {
+        std::vector<float>& y = ys[static_cast<std::size_t>(c)];
+        if (const auto convert = row.curves[static_cast<std::size_t>(c)].convert)
+            for (float& v : y) v = convert(v);
+        if (own) {
+            for (float v : y) take_max(st.YMAX, v);
+        } else if (c < 2) {
+            for (int i = 0; i < p.NP; ++i)
+                mami(st, c + 1, i + 1, p.Z[static_cast<std::size_t>(i)], y[static_cast<std::size_t>(i)]);
+        }
+    }
+    if (own)
+        for (float z : p.Z) {
+            take_max(st.ZMAX, z);
+            take_min(st.ZMIN, z);
+        }
     p.Y.reserve(static_cast<std::size_t>(NC) * static_cast<std::size_t>(p.NP));
     for (const auto& y : ys) p.Y.insert(p.Y.end(), y.begin(), y.end());
     return p;
