@@ -392,15 +392,7 @@ int run_export(Session& s, Capture& capture, const ExportRequest& r, const std::
         s.con.out << version_line() << "\n";
         return 0;
     }
-    if (r.projects) {
-        const std::vector<ProjectRuns> found = projects_in(s.dir);
-        if (found.empty()) {
-            err << "viewer: no run tables in " << fs::absolute(s.dir).lexically_normal().string() << "\n";
-            return 1;
-        }
-        print_projects(s.con.out, found);
-        return 0;
-    }
+    if (r.projects) return list_projects(s.dir, s.con.out, err);
     try {
         return Export(s, capture, r, err).run(now);
     } catch (const UsageError& e) {

@@ -44,4 +44,16 @@ void print_projects(std::ostream& out, const std::vector<ProjectRuns>& projects)
     }
 }
 
+int list_projects(const std::string& dir, std::ostream& out, std::ostream& err) {
+    const std::vector<ProjectRuns> found = projects_in(dir);
+    if (found.empty()) {
+        namespace fs = std::filesystem;
+        err << "viewer: no run tables in "
+            << fs::absolute(dir.empty() ? "." : dir).lexically_normal().string() << "\n";
+        return 1;
+    }
+    print_projects(out, found);
+    return 0;
+}
+
 }  // namespace viewer

@@ -24,4 +24,8 @@ std::vector<ProjectRuns> projects_in(const std::string& dir);
 // with its table kinds, wrapped to 80 columns.
 void print_projects(std::ostream& out, const std::vector<ProjectRuns>& projects);
 
+// `viewer --projects` in `dir`: the list on `out`, status 0; with no run
+// table there a line on `err`, status 1.
+int list_projects(const std::string& dir, std::ostream& out, std::ostream& err);
+
 }  // namespace viewer
