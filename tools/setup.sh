@@ -11,7 +11,7 @@ fi
 
 packages=(pgplot5 xvfb xdotool x11-utils ghostscript cmake g++ make libgtest-dev libbenchmark-dev clang-format clang
   libclang-rt-14-dev nlohmann-json3-dev libcpp-httplib-dev chromium chromium-driver python3-selenium groff-base man-db
-  dpkg-dev imagemagick)
+  dpkg-dev imagemagick pkg-config file curl)
 
 missing=()
 for p in "${packages[@]}"; do
