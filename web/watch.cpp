@@ -18,11 +18,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
-bool state_of(const fs::path& p, std::uintmax_t& size, std::int64_t& modified_ns) {
+bool state_of(const fs::path& p, std::uintmax_t& size, std::int64_t& modified_ns, std::uint64_t* inode = nullptr) {
     struct stat st {};
     if (::stat(p.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return false;
     size = static_cast<std::uintmax_t>(st.st_size);
     modified_ns = static_cast<std::int64_t>(st.st_mtim.tv_sec) * 1'000'000'000 + st.st_mtim.tv_nsec;
+    if (inode) *inode = static_cast<std::uint64_t>(st.st_ino);
     return true;
 }
 
@@ -33,7 +34,7 @@ std::vector<TableState> tables_of(const std::string& dir, const std::string& pro
     const std::string digits = "." + run_digits(run);
     for (const RunKind& k : run_catalogue()) {
         TableState t{k.suffix, run_file_name(k, project, digits)};
-        if (state_of(fs::path(dir) / t.file, t.size, t.modified_ns)) out.push_back(std::move(t));
+        if (state_of(fs::path(dir) / t.file, t.size, t.modified_ns, &t.inode)) out.push_back(std::move(t));
     }
     return out;
 }
@@ -43,7 +44,7 @@ std::string signature(const std::string& dir, const std::string& project, const 
     std::string s;
     for (int run : runs)
         for (const TableState& t : tables_of(dir, project, run))
-            s += t.file + ":" + std::to_string(t.size) + ":" + std::to_string(t.modified_ns) + ";";
+            s += t.file + ":" + std::to_string(t.size) + ":" + std::to_string(t.modified_ns) + ":" + std::to_string(t.inode) + ";";
     std::uintmax_t size = 0;
     std::int64_t modified = 0;
     if (geometry && state_of(fs::path(dir) / "Geometry.dat", size, modified))

@@ -21,13 +21,15 @@ struct TableState {
     std::string file;
     std::uintmax_t size = 0;
     std::int64_t modified_ns = 0;  // since the epoch
+    std::uint64_t inode = 0;       // a table written anew under its name is a new file,
+                                   // whatever the resolution of the times
 };
 
 // The tables of run `run` of `project` in `dir` that exist, in the order
 // of the run-file catalogue.
 std::vector<TableState> tables_of(const std::string& dir, const std::string& project, int run);
 
-// Sizes and times of the tables of `runs` (and of Geometry.dat when asked),
+// Sizes, times and inodes of the tables of `runs` (and of Geometry.dat when asked),
 // as one text that differs whenever any of them changes.
 std::string signature(const std::string& dir, const std::string& project, const std::vector<int>& runs,
                       bool geometry);

@@ -16,7 +16,8 @@ cd "$WORK"
 
 # "WIDTH HEIGHT" from the header of a PNG file, after checking its signature.
 png_size() {
-  [ "$(od -An -tx1 -N8 "$1" | tr -d ' \n')" = 89504e470d0a1a0a ] || fail "$1 is no PNG file"
+  [ "$(od -An -tx1 -N8 "$1" | tr -d ' \n')" = 89504e470d0a1a0a ] ||
+    fail "$1 is no PNG file: $(ls -l "$1" 2>&1; od -c -N16 "$1" 2>&1 | head -1); the viewer said: $(cat err.txt)"
   od -An -tu1 -j16 -N8 "$1" | awk '{ print $1*16777216 + $2*65536 + $3*256 + $4, $5*16777216 + $6*65536 + $7*256 + $8 }'
 }
 renders() { gs -q -dSAFER -dBATCH -dNOPAUSE -sDEVICE=png16m -r30 -sOutputFile="$WORK/r.png" "$1" >/dev/null 2>&1 ||
