@@ -60,15 +60,15 @@ inline bool fast_decimal(const char* b, const char* e, double& out) {
         m = m * 10 + static_cast<unsigned>(*q++ - '0');
         ++decimals;
     }
-    if (e - q != 4 || (q[0] != 'E' && q[0] != 'e') || (q[1] != '+' && q[1] != '-') || !number::is_digit(q[2]) ||
-        !number::is_digit(q[3]))
+    if (e - q != 4 || (q[0] != 'E' && q[0] != 'e') || (q[1] != '+' && q[1] != '-') ||
+        !number::is_digit(q[2]) || !number::is_digit(q[3]))
         return false;
     const int x = (q[2] - '0') * 10 + (q[3] - '0');
     const int k = (q[1] == '-' ? -x : x) - decimals;
     if (k < -22 || k > 22) return false;
     const double v = static_cast<double>(m);
-    out = number::with_sign(k >= 0 ? v * number::Exact<double>::pow10[k] : v / number::Exact<double>::pow10[-k],
-                            neg);
+    out = number::with_sign(
+        k >= 0 ? v * number::Exact<double>::pow10[k] : v / number::Exact<double>::pow10[-k], neg);
     return true;
 }
 
@@ -118,8 +118,7 @@ void parse_particle_line(std::string_view line, std::array<double, 10>& v, const
         v[n++] = d;
     }
     if (n != v.size())
-        throw ParticleError(at_line(file, line_no) + std::to_string(n) +
-                            " numbers where a particle has 10");
+        throw ParticleError(at_line(file, line_no) + std::to_string(n) + " numbers where a particle has 10");
 }
 
 ParticleReader::ParticleReader(const std::string& path) {
@@ -143,7 +142,8 @@ Particle ParticleReader::from(const std::array<double, 10>& v, bool reference) c
     p.clock = reference ? v[6] : ref_.clock + v[6];
     p.charge = v[7];
     if (v[8] != std::floor(v[8]) || rest_energy_ev(static_cast<int>(v[8])) == 0)
-        throw ParticleError(at_line(f_.name(), f_.line_number()) + "unknown species index " + shown(v[8]) + " (1 electron, 2 positron, 3 proton, 4 hydrogen ion)");
+        throw ParticleError(at_line(f_.name(), f_.line_number()) + "unknown species index " + shown(v[8]) +
+                            " (1 electron, 2 positron, 3 proton, 4 hydrogen ion)");
     p.species = static_cast<int>(v[8]);
     if (v[9] != std::floor(v[9]) || std::abs(v[9]) > 1e6)
         throw ParticleError(at_line(f_.name(), f_.line_number()) + "the status flag " + shown(v[9]) +
@@ -201,8 +201,14 @@ void BunchMoments::add(const Particle& p) {
     counts_.add(p);
     if (!p.active()) return;
     const double w = p.charge;
-    const double d[N] = {p.x - ref_.x,   p.y - ref_.y,   p.z - ref_.z,           p.px - ref_.px,
-                         p.py - ref_.py, p.pz - ref_.pz, p.kinetic_ev() - ref_e_, p.clock - ref_.clock};
+    const double d[N] = {p.x - ref_.x,
+                         p.y - ref_.y,
+                         p.z - ref_.z,
+                         p.px - ref_.px,
+                         p.py - ref_.py,
+                         p.pz - ref_.pz,
+                         p.kinetic_ev() - ref_e_,
+                         p.clock - ref_.clock};
     w_ += w;
     for (int k = 0; k < N; ++k) s_[k] += w * d[k];
     q_[0] += w * d[X] * d[X];
@@ -239,8 +245,7 @@ double root(double v) {
     return v > 0 ? std::sqrt(v) : 0;
 }
 
-PlaneStats plane(double w, double ref, double sx, double xx, double pp, double xp, double pz,
-                 double mc) {
+PlaneStats plane(double w, double ref, double sx, double xx, double pp, double xp, double pz, double mc) {
     PlaneStats s;
     const double rms = root(xx), prms = root(pp);
     s.avg = (ref + sx / w) * 1e3;

@@ -86,32 +86,32 @@ struct ParticleCounts {
 
 // Transverse moments of one plane.
 struct PlaneStats {
-    double avg = 0;        // mm
-    double rms = 0;        // mm
-    double xp_rms = 0;     // mrad, rms(px) / <pz>
-    double emit_n = 0;     // pi mm mrad, normalised
-    double corr = 0;       // mrad, <x x'> / x_rms
-    double alpha = 0;      // Twiss, of the trace space
-    double beta = 0;       // m
-    double gamma = 0;      // 1/m
-    double emit_geo = 0;   // pi mm mrad, trace space
-    double cov_xxp = 0;    // mm mrad, <x x'>
+    double avg = 0;       // mm
+    double rms = 0;       // mm
+    double xp_rms = 0;    // mrad, rms(px) / <pz>
+    double emit_n = 0;    // pi mm mrad, normalised
+    double corr = 0;      // mrad, <x x'> / x_rms
+    double alpha = 0;     // Twiss, of the trace space
+    double beta = 0;      // m
+    double gamma = 0;     // 1/m
+    double emit_geo = 0;  // pi mm mrad, trace space
+    double cov_xxp = 0;   // mm mrad, <x x'>
 };
 
 struct BunchStats {
     ParticleCounts counts;
-    double z_ref = 0;       // m, of the reference particle
-    double z_avg = 0;       // m
-    double clock_avg = 0;   // ns
+    double z_ref = 0;      // m, of the reference particle
+    double z_avg = 0;      // m
+    double clock_avg = 0;  // ns
     PlaneStats x, y;
-    double e_kin = 0;       // MeV, mean kinetic energy
-    double z_rms = 0;       // mm
-    double t_rms = 0;       // ps
-    double de_rms = 0;      // keV
-    double emit_z = 0;      // pi keV mm
-    double corr_z = 0;      // keV, <z dE> / z_rms
-    double pz_avg = 0;      // MeV/c
-    double beta_avg = 0;    // v/c of the mean momentum
+    double e_kin = 0;     // MeV, mean kinetic energy
+    double z_rms = 0;     // mm
+    double t_rms = 0;     // ps
+    double de_rms = 0;    // keV
+    double emit_z = 0;    // pi keV mm
+    double corr_z = 0;    // keV, <z dE> / z_rms
+    double pz_avg = 0;    // MeV/c
+    double beta_avg = 0;  // v/c of the mean momentum
 };
 
 // Weighted sums of the active particles, shifted by the reference particle
@@ -119,9 +119,9 @@ struct BunchStats {
 class BunchMoments {
 public:
     explicit BunchMoments(const Particle& reference);
-    void add(const Particle& p);   // any particle: only the active are summed
+    void add(const Particle& p);  // any particle: only the active are summed
     void merge(const BunchMoments& other);
-    BunchStats stats() const;      // counts of all, moments of the active
+    BunchStats stats() const;  // counts of all, moments of the active
     double weight() const { return w_; }
 
 private:

@@ -18,7 +18,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-bool state_of(const fs::path& p, std::uintmax_t& size, std::int64_t& modified_ns, std::uint64_t* inode = nullptr) {
+bool state_of(const fs::path& p, std::uintmax_t& size, std::int64_t& modified_ns,
+              std::uint64_t* inode = nullptr) {
     struct stat st {};
     if (::stat(p.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return false;
     size = static_cast<std::uintmax_t>(st.st_size);
@@ -44,7 +45,8 @@ std::string signature(const std::string& dir, const std::string& project, const 
     std::string s;
     for (int run : runs)
         for (const TableState& t : tables_of(dir, project, run))
-            s += t.file + ":" + std::to_string(t.size) + ":" + std::to_string(t.modified_ns) + ":" + std::to_string(t.inode) + ";";
+            s += t.file + ":" + std::to_string(t.size) + ":" + std::to_string(t.modified_ns) + ":" +
+                 std::to_string(t.inode) + ";";
     std::uintmax_t size = 0;
     std::int64_t modified = 0;
     if (geometry && state_of(fs::path(dir) / "Geometry.dat", size, modified))

@@ -80,8 +80,8 @@ TEST(Particles, CountsOfAFileWithMostParticlesLost) {
 std::string line(double x, double px, double z, double pz, double q = -1e-3, int species = 1, int flag = 5,
                  double y = 0, double py = 0) {
     char b[256];
-    std::snprintf(b, sizeof b, "%.12E %.12E %.12E %.12E %.12E %.12E %.12E %.12E %d %d\n", x, y, z, px, py, pz, 0.0,
-                  q, species, flag);
+    std::snprintf(b, sizeof b, "%.12E %.12E %.12E %.12E %.12E %.12E %.12E %.12E %d %d\n", x, y, z, px, py, pz,
+                  0.0, q, species, flag);
     return b;
 }
 
@@ -91,18 +91,39 @@ TEST(Particles, MomentsOfKnownBunches) {
         const char* what;
         std::string text;
         double x_avg, x_rms, e_kin, charge;  // mm, mm, MeV, nC
-        std::vector<long> counts;           // total, active, probes, not emitted, lost
+        std::vector<long> counts;            // total, active, probes, not emitted, lost
     } cases[] = {
         {"reference alone", line(1e-3, 0, 2.5, pz), 1, 0, 0, -1e-3, {1, 1, 0, 0, 0}},
         {"only the active count",
-         line(0, 0, 2, pz) + line(2e-3, 0, 0, 0) + line(-2e-3, 0, 0, 0, -1e-3, 1, 3) + line(9, 0, 0, 0, -1e-3, 1, -1) +
-             line(9, 0, 0, 0, -1e-3, 1, -3) + line(9, 0, 0, 0, -1e-3, 1, -15) + line(9, 0, 0, 0, -1e-3, 1, -17),
-         0, std::sqrt(8.0 / 3), 0, -3e-3, {7, 3, 1, 2, 2}},
-        {"unequal charges", line(0, 0, 1, pz, 1) + line(4e-3, 0, 0, 0, 3), 3, std::sqrt(3.0), 0, 4, {2, 2, 0, 0, 0}},
-        {"protons", line(0, 0, 1, 1e9, -1, 3), 0, 0, 1e-6 * (std::hypot(1e9, 938.27208816e6) - 938.27208816e6), -1,
+         line(0, 0, 2, pz) + line(2e-3, 0, 0, 0) + line(-2e-3, 0, 0, 0, -1e-3, 1, 3) +
+             line(9, 0, 0, 0, -1e-3, 1, -1) + line(9, 0, 0, 0, -1e-3, 1, -3) +
+             line(9, 0, 0, 0, -1e-3, 1, -15) + line(9, 0, 0, 0, -1e-3, 1, -17),
+         0,
+         std::sqrt(8.0 / 3),
+         0,
+         -3e-3,
+         {7, 3, 1, 2, 2}},
+        {"unequal charges",
+         line(0, 0, 1, pz, 1) + line(4e-3, 0, 0, 0, 3),
+         3,
+         std::sqrt(3.0),
+         0,
+         4,
+         {2, 2, 0, 0, 0}},
+        {"protons",
+         line(0, 0, 1, 1e9, -1, 3),
+         0,
+         0,
+         1e-6 * (std::hypot(1e9, 938.27208816e6) - 938.27208816e6),
+         -1,
          {1, 1, 0, 0, 0}},
-        {"positrons as electrons", line(0, 0, 1, 1e6, -1, 2), 0, 0, 1e-6 * (std::hypot(1e6, 0.51099895e6) - 0.51099895e6),
-         -1, {1, 1, 0, 0, 0}},
+        {"positrons as electrons",
+         line(0, 0, 1, 1e6, -1, 2),
+         0,
+         0,
+         1e-6 * (std::hypot(1e6, 0.51099895e6) - 0.51099895e6),
+         -1,
+         {1, 1, 0, 0, 0}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -154,17 +175,22 @@ TEST(Particles, DamagedFilesAreRefusedWithTheirLine) {
     } cases[] = {
         {"empty", "", "f.0001.001: the file is empty"},
         {"blank lines only", "\n \n", "f.0001.001: the file is empty"},
-        {"nine numbers", good + "1 2 3 4 5 6 7 8 9\n", "f.0001.001, line 2: 9 numbers where a particle has 10"},
+        {"nine numbers", good + "1 2 3 4 5 6 7 8 9\n",
+         "f.0001.001, line 2: 9 numbers where a particle has 10"},
         {"eleven numbers", good + "1 2 3 4 5 6 7 8 1 5 7\n",
          "f.0001.001, line 2: more than 10 numbers where a particle has 10"},
-        {"text", good + "1 2 x 4 5 6 7 8 1 5\n", "f.0001.001, line 2, column 5: cannot read a number from \"x\""},
-        {"not finite", good + "1 2 3 nan 5 6 7 8 1 5\n", "f.0001.001, line 2: the number \"nan\" is not finite"},
-        {"infinite", good + "1 2 3 4 5 inf 7 8 1 5\n", "f.0001.001, line 2: the number \"inf\" is not finite"},
+        {"text", good + "1 2 x 4 5 6 7 8 1 5\n",
+         "f.0001.001, line 2, column 5: cannot read a number from \"x\""},
+        {"not finite", good + "1 2 3 nan 5 6 7 8 1 5\n",
+         "f.0001.001, line 2: the number \"nan\" is not finite"},
+        {"infinite", good + "1 2 3 4 5 inf 7 8 1 5\n",
+         "f.0001.001, line 2: the number \"inf\" is not finite"},
         {"unknown species", good + "0 0 0 0 0 0 0 1 7 5\n",
          "f.0001.001, line 2: unknown species index 7 (1 electron, 2 positron, 3 proton, 4 hydrogen ion)"},
         {"no active particle", line(0, 0, 1, 1e6, -1, 1, -15), "f.0001.001: no active particle"},
         {"cut short at the end", good + good + "1 2 3", "", true},
-        {"cut short in the middle", good + "1 2 3\n" + good, "f.0001.001, line 2: 3 numbers where a particle has 10"},
+        {"cut short in the middle", good + "1 2 3\n" + good,
+         "f.0001.001, line 2: 3 numbers where a particle has 10"},
         {"Fortran exponents", good + "1D-3 0 0 0 0 0 0 -1.0D-3 1 5\r\n", ""},
     };
     for (const Case& c : cases) {
@@ -187,7 +213,8 @@ TEST(Particles, FilesOfARunAndTheStartDistributions) {
                           "beam.ini", "gun.03a0.001", "other.0360.001"})
         d.write(n, "");
     std::vector<std::string> names;
-    for (const auto& f : particle_files(d.path, "gun", "001")) names.push_back(f.name + "@" + std::to_string(f.position));
+    for (const auto& f : particle_files(d.path, "gun", "001"))
+        names.push_back(f.name + "@" + std::to_string(f.position));
     EXPECT_EQ(names, (std::vector<std::string>{"beam.ini@-1", "gun.0074.001@74", "gun.0360.001@360"}));
 }
 

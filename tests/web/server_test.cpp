@@ -170,7 +170,8 @@ TEST(Web, AnswersAreTheExportsAndFollowTheTables) {
     x.replace(x.rfind("9.5000E+00"), 10, "8.5000E+00");
     s.dir.write("new", x);
     fs::rename(s.dir.file("new"), s.dir.file("rfgun.Xemit.001"));
-    EXPECT_TRUE(has(s.get("/api/plot/1:2.txt")->body, "maximum:                     8.5000D+00  at z =   5.1000D+00"));
+    EXPECT_TRUE(has(s.get("/api/plot/1:2.txt")->body,
+                    "maximum:                     8.5000D+00  at z =   5.1000D+00"));
     EXPECT_EQ(s.server->renderer().drawn(), drawn + 3);
 }
 
