@@ -6,12 +6,47 @@
 #include <cmath>
 #include <string_view>
 
+#include "core/study.hpp"
+
 namespace viewer {
 namespace {
 
 bool whole_int(std::string_view t, int& out) {
     const auto r = std::from_chars(t.data(), t.data() + t.size(), out);
     return r.ec == std::errc{} && r.ptr == t.data() + t.size() && !t.empty();
+}
+
+// The coordinates of the particle views, as the command line names them.
+constexpr const char* kCoordNames = "x, y, z, xp, yp, px, py, pz, E, dE, t";
+
+// Figures of a study, comma-separated; a leading '-' where `signed_ok`.
+std::vector<std::string> figure_list(std::string_view text, const char* opt, bool signed_ok) {
+    std::vector<std::string> out;
+    while (!text.empty()) {
+        const auto comma = text.find(',');
+        std::string_view f = text.substr(0, comma);
+        text = comma == std::string_view::npos ? std::string_view{} : text.substr(comma + 1);
+        const std::string_view bare = signed_ok && f.starts_with("-") ? f.substr(1) : f;
+        if (figure_index(bare) < 0) {
+            std::string known;
+            for (const FigureSpec& s : study_figures()) known += (known.empty() ? "" : " ") + s.name;
+            throw UsageError(std::string(opt) + ": unknown figure \"" + std::string(f) +
+                             "\" (figures: " + known + (signed_ok ? "; -NAME: larger is better" : "") + ")");
+        }
+        out.emplace_back(f);
+    }
+    return out;
+}
+
+bool valid_plane(std::string_view v) {
+    const auto colon = v.find(':');
+    if (colon == std::string_view::npos) return false;
+    auto known = [](std::string_view c) {
+        for (const char* n : {"x", "y", "z", "xp", "yp", "px", "py", "pz", "E", "dE", "t"})
+            if (c == n) return true;
+        return false;
+    };
+    return known(v.substr(0, colon)) && known(v.substr(colon + 1));
 }
 
 bool whole_real(std::string_view t, float& out) {
@@ -65,6 +100,23 @@ int run_number(std::string_view t, std::string_view list) {
     return n;
 }
 
+// "[DIR/]PROJECT,RUN".
+RunList::Item run_item(std::string_view t) {
+    const auto comma = t.rfind(',');
+    const std::string_view digits = comma == std::string_view::npos ? "" : t.substr(comma + 1);
+    RunList::Item item;
+    if (!is_run_item(t) || digits.empty() || digits.size() > 3 ||
+        digits.find_first_not_of("0123456789") != std::string_view::npos || !whole_int(digits, item.run))
+        throw UsageError(
+            "--runs takes run numbers (1,3,5 or 2-4,7 or all) or [DIR/]PROJECT,RUN items such as "
+            "mesh/gun,1, not \"" +
+            std::string(t) + "\"");
+    item.project = t.substr(0, comma);
+    if (item.project.size() > 80)
+        throw UsageError("--runs: \"" + item.project + "\" is longer than 80 characters");
+    return item;
+}
+
 }  // namespace
 
 RunList parse_run_list(std::string_view text) {
@@ -94,6 +146,12 @@ RunList parse_run_list(std::string_view text) {
         if (comma != std::string_view::npos && rest.empty()) run_number(rest, text);  // a trailing comma
     } while (!rest.empty());
     return l;
+}
+
+bool is_run_item(std::string_view text) {
+    const auto comma = text.rfind(',');
+    return comma != std::string_view::npos && comma > 0 &&
+           text.substr(0, comma).find_first_not_of("0123456789,-") != std::string_view::npos;
 }
 
 bool wants_export(int argc, const char* const* argv) {
@@ -153,7 +211,15 @@ ExportRequest parse_export(int argc, const char* const* argv) {
             if (!whole_int(v, r.fit) || r.fit < 1 || r.fit > 11)
                 throw UsageError("--fit takes a fit of the fit menu, 1 to 11, not \"" + v + "\"");
         } else if (a == "--runs") {
-            r.runs = parse_run_list(value("--runs"));
+            const std::string v = value("--runs");
+            if (!is_run_item(v)) {
+                r.runs = parse_run_list(v);
+            } else {
+                r.runs = RunList{};
+                r.runs->items.push_back(run_item(v));
+                while (i + 1 < argc && argv[i + 1] && !std::string_view(argv[i + 1]).starts_with("--"))
+                    r.runs->items.push_back(run_item(argv[++i]));
+            }
         } else if (a == "--csv") {
             r.csv = value("--csv");
             if (r.csv.empty()) throw UsageError("--csv needs a file name");
@@ -173,6 +239,67 @@ ExportRequest parse_export(int argc, const char* const* argv) {
                         "not \"" +
                         v + "\"");
             }
+        } else if (a == "--study") {
+            r.study = true;
+            while (i + 1 < argc && argv[i + 1] && !std::string_view(argv[i + 1]).starts_with("--"))
+                r.study_dirs.push_back(argv[++i]);
+        } else if (a == "--figures") {
+            r.figures = figure_list(value("--figures"), "--figures", false);
+            if (r.figures.empty()) throw UsageError("--figures needs at least one figure");
+        } else if (a == "--sort") {
+            r.sort = value("--sort");
+            figure_list(r.sort, "--sort", true);
+        } else if (a == "--front") {
+            r.front = figure_list(value("--front"), "--front", true);
+            if (r.front.size() < 2 || r.front.size() > 3)
+                throw UsageError("--front takes two or three figures, such as NX_EMIT,Z_RMS, not " +
+                                 std::to_string(r.front.size()));
+        } else if (a == "--scatter") {
+            const std::string v = value("--scatter");
+            std::string_view x, y;
+            if (!split(v, ':', x, y)) throw UsageError("--scatter takes A:B, two figures, not \"" + v + "\"");
+            r.scatter_x = x;
+            r.scatter_y = y;
+            figure_list(r.scatter_x, "--scatter", false);
+            figure_list(r.scatter_y, "--scatter", false);
+        } else if (a == "--colour") {
+            r.colour_by = value("--colour");
+            figure_list(r.colour_by, "--colour", false);
+        } else if (a == "--particles") {
+            r.particles = value("--particles");
+            if (r.particles.empty()) throw UsageError("--particles needs a file's position NNNN or a path");
+        } else if (a == "--plane") {
+            const std::string v = value("--plane");
+            if (!valid_plane(v))
+                throw UsageError("--plane takes A:B, two of " + std::string(kCoordNames) + ", not \"" + v +
+                                 "\"");
+            r.planes.push_back(v);
+        } else if (a == "--slices") {
+            const std::string v = value("--slices");
+            if (!whole_int(v, r.slices) || r.slices < 1 || r.slices > 1000)
+                throw UsageError("--slices takes a number of slices from 1 to 1000, not \"" + v + "\"");
+        } else if (a == "--along") {
+            const std::string v = value("--along");
+            if (v != "t" && v != "z") throw UsageError("--along takes t or z, not \"" + v + "\"");
+            r.slice_z = v == "z";
+            r.along = true;
+        } else if (a == "--sheet") {
+            r.sheet = true;
+        } else if (a == "--lost") {
+            r.lost = true;
+        } else if (a == "--density") {
+            r.density = true;
+        } else if (a == "--window") {
+            const std::string v = value("--window");
+            std::string_view x, y, x1, x2, y1, y2;
+            if (!split(v, ',', x, y) || !split(x, ':', x1, x2) || !split(y, ':', y1, y2) ||
+                !whole_real(x1, r.window_x1) || !whole_real(x2, r.window_x2) ||
+                !whole_real(y1, r.window_y1) || !whole_real(y2, r.window_y2) ||
+                !(r.window_x1 < r.window_x2) || !(r.window_y1 < r.window_y2))
+                throw UsageError(
+                    "--window takes X1:X2,Y1:Y2 with X1 < X2 and Y1 < Y2, such as -2:2,-1:1, not \"" + v +
+                    "\"");
+            r.window = true;
         } else if (a == "--mono") {
             r.mono = true;
         } else if (a == "--size") {
@@ -198,6 +325,38 @@ ExportRequest parse_export(int argc, const char* const* argv) {
             throw UsageError("--serve goes alone, after the run argument: the page chooses the plots");
         return r;
     }
+    const bool study_options = !r.figures.empty() || !r.sort.empty() || !r.front.empty() ||
+                               !r.scatter_x.empty() || !r.colour_by.empty();
+    if (r.study) {
+        if (r.has_arg || r.list || !r.plots.empty() || r.overview || r.runs || !r.particles.empty() || r.fit)
+            throw UsageError(
+                "--study goes without a run argument, --list, --plot, --overview, --runs, --particles "
+                "and --fit");
+        if (r.study_dirs.empty()) r.study_dirs.push_back(".");
+        if (have_out && r.scatter_x.empty()) throw UsageError("--out draws a --scatter A:B of the study");
+        if (!r.colour_by.empty() && r.scatter_x.empty()) throw UsageError("--colour is for --scatter");
+        if ((r.width || r.height) && (!have_out || r.format != OutFormat::png))
+            throw UsageError("--size is for .png files only");
+        return r;
+    }
+    if (study_options) throw UsageError("--figures, --sort, --front, --scatter and --colour are for --study");
+    const bool particle_options =
+        !r.planes.empty() || r.slices || r.along || r.sheet || r.lost || r.window || r.density;
+    if (!r.particles.empty()) {
+        if (r.list || !r.plots.empty() || r.overview || r.runs || r.fit || r.geometry)
+            throw UsageError(
+                "--particles goes without --list, --plot, --overview, --runs, --fit and --geometry");
+        if (r.sheet && (!r.planes.empty() || r.slices))
+            throw UsageError("--sheet is a page of its own: give it without --plane and --slices");
+        if (r.format == OutFormat::eps && r.planes.size() + (r.slices > 0) > 1)
+            throw UsageError("an .eps file holds one page: give one view, or write .ps or .pdf");
+        if ((r.width || r.height) && (!have_out || r.format != OutFormat::png))
+            throw UsageError("--size is for .png files only");
+        return r;
+    }
+    if (particle_options)
+        throw UsageError(
+            "--plane, --slices, --along, --sheet, --lost, --density and --window are for --particles");
     if (r.list) {
         if (!r.plots.empty() || r.overview || r.runs || !r.csv.empty() || !r.stats.empty())
             throw UsageError("--list goes alone, without --plot, --overview, --runs, --csv or --stats");
@@ -216,55 +375,6 @@ ExportRequest parse_export(int argc, const char* const* argv) {
 
 std::string version_line() {
     return std::string("viewer ") + VIEWER_VERSION;
-}
-
-std::string export_usage() {
-    return version_line() + R"(
-usage: viewer [ARG] --plot PAGE:ROW [--plot PAGE:ROW ...] --out FILE [options]
-       viewer [ARG] --overview PAGE --out FILE [options]
-       viewer [ARG] --list
-       viewer [ARG] --serve [[HOST:]PORT]
-       viewer --projects
-       viewer --help | --version
-
-Draws menu rows or the nine-panel overview sheet of a page into a file,
-without a window. ARG names project and run as for the interactive viewer
-(name, name., name,nnn, name.,nnn; default rfgun, run 001).
-
-  --plot PAGE:ROW      a menu row: page 1 to 5, row 1 to 17, or 31 to 41 for
-                       the right column of page 3; one page per --plot
-  --overview PAGE      the overview sheet of the page (rows 1 to 9)
-  --out FILE           .ps colour PostScript, .eps one encapsulated page,
-                       .png (several plots: NAME.png, NAME_2.png, ...), .pdf
-  --list               the rows this run offers, with their PAGE:ROW
-  --projects           the projects with run tables in this directory, their
-                       runs and the tables of each run
-  --zoom LOW:HIGH      the abscissa window of each plot's family
-  --geometry[=FILE]    lay the aperture outline over the plots (Geometry.dat)
-  --bins N             bins of the histograms, 1 to 3200
-  --fit PICK           fit of the fit menu on every plot that offers one:
-                       1 A/r, 2 square root, 3 straight line, 4 parabolic,
-                       5 power, 6 exponential, 7 mod. exponential,
-                       8 3rd order polynom, 9 odd polynom, 10 gauss,
-                       11 double gauss
-  --mono               curves told apart by line style
-  --size WxH           pixels of a .png page
-  --runs LIST          several runs of the project on one plot: 1,3,5 or 1-5
-                       or 2-4,7 or all (every run in the directory); each run
-                       in its own colour with a key, for the rows drawn against z
-  --csv FILE           the points of each plot as drawn, one CSV file a plot
-                       (FILE, then NAME_2.csv, NAME_3.csv, ...); without --out
-                       nothing is drawn
-  --stats FILE         the statistics blocks and fit reports as JSON
-  --serve [[HOST:]PORT]  the run in a browser, redrawn while the tracker
-                       writes (default 127.0.0.1:8765; port 0: a free one);
-                       prints the URL with its token, runs until interrupted
-
-Statistics and fit reports go to standard output as in an interactive pass,
-one block a run with --runs.
-Exit status: 0 done, 1 no data, a file that cannot be read or written,
-2 a command line that cannot be carried out.
-)";
 }
 
 }  // namespace viewer

@@ -38,7 +38,17 @@ struct RowRef {
 struct RunList {
     bool all = false;
     std::vector<int> runs;  // 0..999, each once
+    // Runs of other projects and folders: "[DIR/]PROJECT,RUN" items, the
+    // project with its folder as the file names are formed from it.
+    struct Item {
+        std::string project;  // "mesh/gun_n=16"
+        int run = 0;
+    };
+    std::vector<Item> items;  // when given, `runs` is empty
 };
+
+// True when `text` is a "[DIR/]PROJECT,RUN" item rather than a list of runs.
+bool is_run_item(std::string_view text);
 
 // "1,3,5", "1-5", "2-4,7", "5-3" (downwards) or "all"; throws UsageError.
 RunList parse_run_list(std::string_view text);
@@ -66,7 +76,26 @@ struct ExportRequest {
     std::string csv;              // --csv FILE: the points of each plot
     std::string stats;            // --stats FILE: statistics and fits as JSON
     bool window_config = true;    // the look from win_config.dat; false: the defaults
-    bool serve = false;           // --serve: the browser view
+    // Studies: --study [DIR ...] and what it shows.
+    bool study = false;
+    std::vector<std::string> study_dirs;  // default "."
+    std::vector<std::string> figures;     // --figures A,B,...; empty: the default ones
+    std::string sort;                     // --sort FIGURE (-FIGURE: largest first)
+    std::vector<std::string> front;       // --front A,B[,C] (-A: larger is better)
+    std::string scatter_x, scatter_y;     // --scatter A:B
+    std::string colour_by;                // --colour C
+    // Particle files: --particles NNNN|PATH and its views.
+    std::string particles;            // the file's position (NNNN) or a path; empty: none
+    std::vector<std::string> planes;  // --plane A:B, one page each (default x:xp)
+    int slices = 0;                   // --slices N: the bunch in N slices
+    bool slice_z = false;             // --along z: slices along z instead of t
+    bool along = false;               // --along given; else t, or z for a bunch at one time
+    bool sheet = false;               // --sheet: the nine panels of the file
+    bool lost = false;                // --lost: particles that are not active, in grey
+    bool density = false;             // --density: the image whatever the count
+    bool window = false;              // --window X1:X2,Y1:Y2
+    float window_x1 = 0, window_x2 = 0, window_y1 = 0, window_y2 = 0;
+    bool serve = false;  // --serve: the browser view
     std::string host = "127.0.0.1";
     int port = 8765;
 };

@@ -40,6 +40,8 @@ public:
     void pgmove(float, float) override {}
     void pgdraw(float, float) override {}
     void pgrect(float, float, float, float) override {}
+    void pgimag(const float*, int, int, int, int, int, int, float, float, const float*) override {}
+    void pgctab(const float*, const float*, const float*, const float*, int, float, float) override {}
     void pgcirc(float, float, float) override {}
     void pgptxt(float, float, float, float, const std::string&) override {}
     void pgtext(float, float, const std::string&) override {}

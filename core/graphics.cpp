@@ -34,6 +34,14 @@ public:
     void pgmove(float x, float y) override { cpgmove(x, y); }
     void pgdraw(float x, float y) override { cpgdraw(x, y); }
     void pgrect(float a, float b, float c, float d) override { cpgrect(a, b, c, d); }
+    void pgimag(const float* a, int idim, int jdim, int i1, int i2, int j1, int j2, float a1, float a2,
+                const float* tr) override {
+        cpgimag(a, idim, jdim, i1, i2, j1, j2, a1, a2, tr);
+    }
+    void pgctab(const float* l, const float* r, const float* g, const float* b, int nc, float contra,
+                float bright) override {
+        cpgctab(l, r, g, b, nc, contra, bright);
+    }
     void pgcirc(float x, float y, float r) override { cpgcirc(x, y, r); }
     void pgptxt(float x, float y, float a, float f, const std::string& t) override {
         cpgptxt(x, y, a, f, t.c_str());

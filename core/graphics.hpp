@@ -49,6 +49,12 @@ public:
     virtual void pgptxt(float x, float y, float angle, float fjust, const std::string& text) = 0;
     virtual void pgtext(float x, float y, const std::string& text) = 0;
     virtual void pgeras() = 0;
+    // images: `a` column-major IDIM by JDIM, cells I1..I2, J1..J2 shaded from
+    // A1 to A2 through the colour table, `tr` the cell-to-world transform
+    virtual void pgimag(const float* a, int idim, int jdim, int i1, int i2, int j1, int j2, float a1,
+                        float a2, const float* tr) = 0;
+    virtual void pgctab(const float* l, const float* r, const float* g, const float* b, int nc, float contra,
+                        float bright) = 0;
     // attributes
     virtual void pgsci(int ci) = 0;
     virtual void pgsls(int ls) = 0;

@@ -87,6 +87,7 @@ struct ParticleCounts {
 // Transverse moments of one plane.
 struct PlaneStats {
     double avg = 0;       // mm
+    double avg_xp = 0;    // mrad, <px> / <pz>
     double rms = 0;       // mm
     double xp_rms = 0;    // mrad, rms(px) / <pz>
     double emit_n = 0;    // pi mm mrad, normalised

@@ -11,15 +11,12 @@ namespace {
 // Units: positions m, sizes mm, divergences mrad, transverse emittances
 // pi mrad mm, energies MeV, energy spreads keV, longitudinal emittances
 // pi keV mm, momentum MeV/c, time ns, fields V/m.
-constexpr Field kXemit[] = {{"Z_MEAN", "m"},   {"CLOCK", ""},      {"X_MEAN", ""},
-                            {"X_RMS", "mm"},   {"XP_RMS", "mrad"}, {"NX_EMIT", "pi mrad mm"},
-                            {"CO_XPX", "mrad"}};
-constexpr Field kYemit[] = {{"Z_MEAN", "m"},   {"CLOCK", ""},      {"Y_MEAN", ""},
-                            {"Y_RMS", "mm"},   {"YP_RMS", "mrad"}, {"NY_EMIT", "pi mrad mm"},
-                            {"CO_YPY", "mrad"}};
-constexpr Field kZemit[] = {{"Z_MEAN", "m"}, {"CLOCK", ""},    {"E_MEAN", "MeV"},
-                            {"Z_RMS", "mm"}, {"E_RMS", "keV"}, {"NZ_EMIT", "pi keV mm"},
-                            {"CO_EZ", "keV"}};
+constexpr Field kXemit[] = {{"Z_MEAN", "m"},    {"CLOCK", "ns"},           {"X_MEAN", "mm"},  {"X_RMS", "mm"},
+                            {"XP_RMS", "mrad"}, {"NX_EMIT", "pi mrad mm"}, {"CO_XPX", "mrad"}};
+constexpr Field kYemit[] = {{"Z_MEAN", "m"},    {"CLOCK", "ns"},           {"Y_MEAN", "mm"},  {"Y_RMS", "mm"},
+                            {"YP_RMS", "mrad"}, {"NY_EMIT", "pi mrad mm"}, {"CO_YPY", "mrad"}};
+constexpr Field kZemit[] = {{"Z_MEAN", "m"},  {"CLOCK", "ns"},          {"E_MEAN", "MeV"}, {"Z_RMS", "mm"},
+                            {"E_RMS", "keV"}, {"NZ_EMIT", "pi keV mm"}, {"CO_EZ", "keV"}};
 constexpr Field kXemit2[] = {{"Z_MEAN", "m"},           {"C3XZ", "m rad"}, {"C4XZ", "m rad"},
                              {"REMITZX", "pi mrad mm"}, {"C3XE", "m rad"}, {"C4XE", "m rad"},
                              {"REMITEX", "pi mrad mm"}};
@@ -29,8 +26,8 @@ constexpr Field kYemit2[] = {{"Z_MEAN", "m"},           {"C3YZ", "m rad"}, {"C4Y
 constexpr Field kZemit2[] = {
     {"Z_MEAN", "m"},          {"C1", ""}, {"C2Z", ""}, {"C3Z2", ""}, {"REMITEZ2", "pi keV mm"}, {"C4Z3", ""},
     {"REMITEZ3", "pi keV mm"}};
-constexpr Field kRef[] = {{"Z_MEAN", "m"},   {"CLOCK", ""}, {"ENE", "MeV/c"}, {"GRAD", "MeV/c/m"},
-                          {"LARMOR", "rad"}, {"XX", "mm"},  {"YY", "mm"}};
+constexpr Field kRef[] = {{"Z_MEAN", "m"},   {"CLOCK", "ns"}, {"ENE", "MeV/c"}, {"GRAD", "MeV/c/m"},
+                          {"LARMOR", "rad"}, {"XX", "mm"},    {"YY", "mm"}};
 constexpr Field kTcheck[] = {{"ZMEAN", "m"}, {"CLOCK", "ns"}, {"NR_R", ""},   {"NR_Z", ""},
                              {"NR_GAM", ""}, {"NZ_R", ""},    {"NZ_GAM", ""}, {"S_COUNT", "", 'i'}};
 constexpr Field kTrack[] = {{"I", "", 'i'}, {"STAT", "", 'i'}, {"Z", "m"},    {"X", "mm"},

@@ -14,6 +14,7 @@ void fit(Session& s, int ID_F, int CURVE, int N_CURVES, int NP, const float* X, 
         FitReport& r = s.reports->fits.emplace_back();
         r.curve = CURVE;
         r.pick = ID_F;
+        r.model = fit_menu_label(ID_F);  // the formula takes its place once printed
         c.record = &r;
     }
     switch (ID_F) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <initializer_list>
+#include <string_view>
 
 #include "core/session.hpp"
 
@@ -11,6 +12,9 @@ namespace viewer {
 // Shows the fit menu in the menu window and takes a pick (1..18, 0 when the
 // device gives no cursor). Leaves the plot window selected.
 void fit_menu(Session& s, int& ID_F);
+
+// The fit menu's name of pick 1 to 11 ("straight line fit"); empty for others.
+std::string_view fit_menu_label(int pick);
 
 // Runs pick `ID_F` on curve `CURVE` of `N_CURVES`, leaving its curve in
 // `fit_variables`.

@@ -37,6 +37,14 @@ constexpr std::array<std::string_view, n_slots> labels = {"A/r fit",
                                                           "store reference file",
                                                           "EXIT sub menu"};
 
+}  // namespace
+
+std::string_view fit_menu_label(int pick) {
+    return pick >= 1 && pick <= 11 ? labels[static_cast<std::size_t>(pick - 1)] : std::string_view{};
+}
+
+namespace {
+
 constexpr std::array<float, n_slots> mark_y = {0.90f, 0.85f, 0.80f, 0.75f, 0.70f, 0.65f, 0.60f, 0.55f, 0.50f,
                                                0.45f, 0.40f, 0.35f, 0.30f, 0.25f, 0.20f, 0.15f, 0.10f, 0.05f};
 

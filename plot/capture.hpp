@@ -118,6 +118,15 @@ public:
     void pgmove(float x, float y) override;
     void pgdraw(float x, float y) override;
     void pgrect(float x1, float x2, float y1, float y2) override;
+    // images go to the device only: no page that is taken apart holds one
+    void pgimag(const float* a, int idim, int jdim, int i1, int i2, int j1, int j2, float a1, float a2,
+                const float* tr) override {
+        if (device_) device_->pgimag(a, idim, jdim, i1, i2, j1, j2, a1, a2, tr);
+    }
+    void pgctab(const float* l, const float* r, const float* g, const float* b, int nc, float contra,
+                float bright) override {
+        if (device_) device_->pgctab(l, r, g, b, nc, contra, bright);
+    }
     void pgcirc(float x, float y, float radius) override;
     void pgptxt(float x, float y, float angle, float fjust, const std::string& text) override;
     void pgtext(float x, float y, const std::string& text) override;

@@ -10,10 +10,11 @@ declare -A allowed=(
   [plot]="core fitting plot"
   [evolution]="core fitting plot evolution"
   [analysis]="core fitting plot analysis"
-  [app]="core fitting plot evolution analysis app"
-  [web]="core fitting plot evolution analysis app web"
+  [particles]="core fitting plot particles"
+  [app]="core fitting plot evolution analysis particles app"
+  [web]="core fitting plot evolution analysis particles app web"
 )
-layers="core fitting plot evolution analysis app web tests"
+layers="core fitting plot evolution analysis particles app web tests"
 
 bad=0
 for layer in "${!allowed[@]}"; do

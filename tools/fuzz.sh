@@ -42,6 +42,13 @@ seeds() {
     arguments) printf 'rfgun.,7' >"$dir/a1"; printf -- '--plot\n1:2\n--out\nx.png\n--size\n400x300' >"$dir/a2" ;;
     query) printf '/api/plot/1:2.png?zoom=0:1.5&fit=3&size=800x600&runs=1-3,7' >"$dir/q1"
            printf '/api/overview/4.pdf?run=2&mono=1&geometry=1&bins=20' >"$dir/q2" ;;
+    particles) for f in examples/*.[0-9][0-9][0-9][0-9].[0-9][0-9][0-9] "$realdata"/*/*.[0-9][0-9][0-9][0-9].[0-9][0-9][0-9]; do
+                 [ -f "$f" ] && head -c 65536 "$f" >"$dir/$(basename "$f")"
+               done
+               printf '%s\n' '  1.0000E-03  0.0000E+00  2.5000E+00  1.0000E+02  0.0000E+00  5.0000E+06  1.0000E+00 -1.0000E-03   1   5' \
+                 ' -2.0000E-04  1.0000E-04  1.0000E-05 -3.0000E+01  2.0000E+01  1.0000E+03  0.0000E+00 -1.0000E-03   1   3' \
+                 '  1.0000E-04 -1.0000E-04  0.0000E+00  1.0000E+01  1.0000E+00 -5.0000E+02  1.0000E-03 -1.0000E-03   1 -15' >"$dir/p1"
+               printf '0 0 1.5 0 0 2.0e7 0 -1e-3 3 5\r\n1D-3,2.5d-4,0,1,2,3,0,-1.0D-3,3,-1\r\n\t5e-4 0 0 0 0 0 0 -1e-3 4 5\n1 2 3' >"$dir/p2" ;;
     table_lab_E) suffix='.lab-E.' ;;
     table_*) suffix=".${t#table_}." ;;
   esac

@@ -43,6 +43,13 @@
 //   .lab         x    x    -    11 label groups of three A80 lines
 //   .Error       x    x    -    40 runs of a run series, free, 12 reals
 //   .lab-E       x    x    -    11 label groups of three A80 lines
+//   .NNNN.       x    -    -    particles at z = 0.2, 0.3 and 5 m (NNNN: z in cm,
+//                               rfgun.0020.001), 2000 a file, free, 8 reals and
+//                               2 integers; the active ones have the moments the
+//                               .Xemit, .Yemit and .Zemit records print at that z
+//                               (but the longitudinal correlation, which follows
+//                               from the others), a few are probes, a few lost
+//                               at the gun exit iris and the collimator
 //   Geometry.dat                aperture outline, "z r" a line, m and mm
 //
 // The output is the same on every run of the program: the only random
@@ -60,6 +67,11 @@
 #include "core/fortran_format.hpp"
 #include "core/run_catalogue.hpp"
 #include "tools/example_model.hpp"
+#include "tools/example_particles.hpp"
+
+// The correlation of length and energy that goes with a longitudinal
+// emittance of a quarter of length times spread: sqrt(1 - 1/16).
+constexpr double kCorrelation = 0.96824583655185;
 
 namespace {
 
@@ -89,6 +101,10 @@ public:
         for (double x : v) f_ << fmt_e12_4(x);
         f_ << tail << '\n';
     }
+    void fixed(const Record& v) {
+        for (double x : v) f_ << fmt_e12_4(x);
+        f_ << '\n';
+    }
     void text(const std::string& s) { f_ << s << '\n'; }
     std::ofstream& stream() { return f_; }
 
@@ -109,14 +125,22 @@ std::vector<double> z_positions() {
     return z;
 }
 
+// The records of .Xemit, .Yemit and .Zemit at zz.
+Records emittance_records(const Model& m, double zz) {
+    Beam b = m.at(zz);
+    double offset = 2e-3 * std::sin(2 * kPi * zz / 3);  // mm, a small misalignment
+    return {{zz, b.t, offset, b.sx, b.dx, b.ex, b.cx},
+            {zz, b.t, -0.5 * offset, b.sy, b.dy, b.ey, b.cy},
+            {zz, b.t, b.e, b.sz, b.se, b.ez, kCorrelation * b.se}};
+}
+
 void write_emittance_tables(const std::string& dir, int run, const Model& m, bool with_correlations) {
     Out x(dir, name(Kind::Xemit, run)), y(dir, name(Kind::Yemit, run)), z(dir, name(Kind::Zemit, run));
     for (double zz : z_positions()) {
-        Beam b = m.at(zz);
-        double offset = 2e-3 * std::sin(2 * kPi * zz / 3);  // mm, a small misalignment
-        x.fixed({zz, b.t, offset, b.sx, b.dx, b.ex, b.cx});
-        y.fixed({zz, b.t, -0.5 * offset, b.sy, b.dy, b.ey, b.cy});
-        z.fixed({zz, b.t, b.e, b.sz, b.se, b.ez, 0.95 * b.se});
+        const Records r = emittance_records(m, zz);
+        x.fixed(r.x);
+        y.fixed(r.y);
+        z.fixed(r.z);
     }
     if (!with_correlations) return;
     Out x2(dir, name(Kind::Xemit2, run)), y2(dir, name(Kind::Yemit2, run)), z2(dir, name(Kind::Zemit2, run));
@@ -440,6 +464,22 @@ void write_geometry(const std::string& dir) {
     point(kZEnd, 17.5);
 }
 
+// Particle files at the gun exit, behind the solenoid and at the end of the
+// line (after the collimator), named by z in cm, each at a record's z.
+void write_particle_files(const std::string& dir, int run, const Model& m) {
+    const Loss iris{0.19, 20e-3, 4, 71}, collimator{3.2, 5e-3, 6, 72};
+    const std::vector<double> z = z_positions();
+    for (int record : {12, 18, kZRecords}) {
+        const double zz = z[static_cast<std::size_t>(record - 1)];
+        char file[32];
+        std::snprintf(file, sizeof file, "rfgun.%04ld.%03d", std::lround(100 * zz), run);
+        std::vector<Loss> losses = {iris};
+        if (zz > collimator.z) losses.push_back(collimator);
+        write_particles(dir + "/" + file, emittance_records(m, zz), m, 2000, losses,
+                        7000 + static_cast<std::uint64_t>(record));
+    }
+}
+
 void write_run(const std::string& dir, int run, const Settings& s) {
     Model m(s);
     const bool full = run != 3;
@@ -464,6 +504,7 @@ void write_run(const std::string& dir, int run, const Settings& s) {
     if (run == 2)  // the scan went on in the next run
         for (double b : {0.240, 0.170, 0.235, 0.165, 0.245, 0.207, 0.193}) fields.push_back(b);
     write_scan(dir, run, s, fields);
+    if (run == 1) write_particle_files(dir, run, m);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The pictures of the README, made from the bundled example: the overview
-# sheet of page 1 and runs 1 to 3 of the beam size (the export), the menu
+# sheet of page 1, runs 1 to 3 of the beam size, the density of a particle
+# file and its slices (the export), the menu
 # window beside a plot (the viewer under an Xvfb of its own, screenshot),
 # and the browser view (headless Chromium). Each under 150 kB.
 #   tools/make_pictures.sh [OUTDIR]      (default docs/; the viewer from build/)
@@ -22,6 +23,10 @@ small() { convert "$1" -resize "${2:-100%}" -colors 32 -strip "PNG8:$3"; }
 small "$WORK/overview.png" 75% "$OUT/overview.png"
 "$VIEWER" rfgun --plot 1:2 --runs 1-3 --out "$WORK/runs.png" --size 1000x700 >/dev/null
 small "$WORK/runs.png" 80% "$OUT/runs.png"
+"$VIEWER" rfgun,1 --particles 0500 --plane x:xp --density --bins 50 --out "$WORK/particles.png" --size 900x650 >/dev/null
+small "$WORK/particles.png" 80% "$OUT/particles.png"
+"$VIEWER" rfgun,1 --particles 0500 --slices 25 --out "$WORK/slices.png" --size 1000x700 >/dev/null
+small "$WORK/slices.png" 80% "$OUT/slices.png"
 
 # The windows: the menu beside the beam size drawn from a click. Without a
 # window manager the two overlap: the plot window is moved clear of the menu
@@ -74,7 +79,7 @@ finally:
 PY
 small "$WORK/browser.png" 80% "$OUT/browser.png"
 
-for p in overview runs windows browser; do
+for p in overview runs particles slices windows browser; do
   size=$(stat -c %s "$OUT/$p.png")
   [ "$size" -lt 153600 ] || fail "$OUT/$p.png is $size bytes, over 150 kB"
   echo "make_pictures: $OUT/$p.png $((size / 1024)) kB"

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
+#include <type_traits>
 
 #include "app/export.hpp"
 #include "app/startup.hpp"
@@ -75,8 +76,20 @@ Renderer::~Renderer() {
 }
 
 Rendered Renderer::render(const PlotQuery& q, std::chrono::milliseconds wait) {
+    return queue(q, wait);
+}
+
+Rendered Renderer::render(const ParticleQuery& q, std::chrono::milliseconds wait) {
+    return queue(q, wait);
+}
+
+Rendered Renderer::render(const StudyQuery& q, std::chrono::milliseconds wait) {
+    return queue(q, wait);
+}
+
+Rendered Renderer::queue(Query q, std::chrono::milliseconds wait) {
     auto job = std::make_shared<Job>();
-    job->q = q;
+    job->q = std::move(q);
     std::future<Rendered> answer = job->done.get_future();
     {
         std::lock_guard lock(m_);
@@ -124,16 +137,43 @@ void Renderer::loop() {
     if (graphics_) graphics_->pgend();
 }
 
-Rendered Renderer::draw(const PlotQuery& q) {
+Rendered Renderer::draw(const Query& query) {
+    if (const auto* v = std::get_if<StudyQuery>(&query)) return draw_scatter(*v);
+    const SharedOptions& q = *std::visit(
+        [](const auto& v) -> const SharedOptions* {
+            if constexpr (std::is_base_of_v<SharedOptions, std::decay_t<decltype(v)>>) return &v;
+            return nullptr;
+        },
+        query);
     ExportRequest r;
     const int run = q.run >= 0 ? q.run : served_.run;
     r.arg = served_.project + "," + run_digits(run);
     r.has_arg = true;
     r.window_config = false;  // the directory's own look file is not the server's to read
-    if (q.overview)
-        r.overview = q.page;
-    else
-        r.plots = {{q.page, q.row}};
+    if (const auto* p = std::get_if<PlotQuery>(&query)) {
+        if (!p->arg.empty()) r.arg = p->arg;
+        if (p->overview)
+            r.overview = p->page;
+        else
+            r.plots = {{p->page, p->row}};
+        r.fit = p->fit;
+        r.geometry = p->geometry;
+        r.runs = p->runs;
+    } else {
+        const auto& v = std::get<ParticleQuery>(query);
+        r.particles = v.file;  // a name in the served directory
+        if (!v.plane.empty()) r.planes = {v.plane};
+        r.slices = v.slices;
+        r.slice_z = v.slice_z;
+        r.along = v.along;
+        r.sheet = v.sheet;
+        r.lost = v.lost;
+        r.window = v.window;
+        r.window_x1 = v.window_x1;
+        r.window_x2 = v.window_x2;
+        r.window_y1 = v.window_y1;
+        r.window_y2 = v.window_y2;
+    }
     const std::string stem = scratch_ + "/answer";
     std::string file;
     switch (q.answer) {
@@ -163,14 +203,31 @@ Rendered Renderer::draw(const PlotQuery& q) {
     r.zoom = q.zoom;
     r.zoom_low = q.zoom_low;
     r.zoom_high = q.zoom_high;
-    r.fit = q.fit;
-    r.geometry = q.geometry;
     r.bins = q.bins;
     r.mono = q.mono;
-    r.runs = q.runs;
 
+    return pass(r, file, q.answer);
+}
+
+Rendered Renderer::draw_scatter(const StudyQuery& q) {
+    ExportRequest r;
+    r.window_config = false;
+    r.study = true;
+    r.study_dirs = {served_.dir};
+    r.scatter_x = q.x;
+    r.scatter_y = q.y;
+    r.front = q.front;
+    r.colour_by = q.colour;
+    r.format = OutFormat::png;
+    r.out = scratch_ + "/answer.png";
+    r.width = q.width;
+    r.height = q.height;
+    return pass(r, r.out, Answer::png);
+}
+
+Rendered Renderer::pass(const ExportRequest& r, const std::string& file, Answer answer) {
     Capture capture(graphics_.get());
-    capture.keep_frames(q.answer == Answer::png);
+    capture.keep_frames(answer == Answer::png);
     NoPointer pointer;
     std::istringstream in;
     std::ostringstream out, err;
@@ -184,12 +241,13 @@ Rendered Renderer::draw(const PlotQuery& q) {
         if (why.starts_with("viewer: ")) why.erase(0, 8);
         std::error_code ec;
         if (!file.empty()) std::filesystem::remove(file, ec);
-        // A row or run the directory cannot serve is not found; a table that
-        // cannot be read is the server's failure.
-        const bool missing = status == 2 || why.starts_with("no data files") || why.starts_with("no run");
+        // A row, run or file the directory cannot serve is not found; a table
+        // that cannot be read is the server's failure.
+        const bool missing = status == 2 || why.starts_with("no data files") || why.starts_with("no run") ||
+                             why.starts_with("no particle file");
         return {missing ? 404 : 500, "text/plain; charset=utf-8", why, a.text, {}};
     }
-    a.type = content_type(q.answer);
+    a.type = content_type(answer);
     a.body = file.empty() ? a.text : read_all(file);
     std::error_code ec;
     if (!file.empty()) std::filesystem::remove(file, ec);

@@ -13,6 +13,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <variant>
 
 #include "core/graphics.hpp"
 #include "web/query.hpp"
@@ -25,6 +26,7 @@ struct Served {
     std::string project;  // blank-free stem
     int run = 1;          // the run of the command line
     std::tm now{};        // the date of the page foot, taken at start
+    bool study = false;   // runs of several projects or folders: the page opens on the study
 };
 
 // One answer as drawn.
@@ -48,17 +50,24 @@ public:
     // Queues `q` and waits for it; a request still waiting after `wait`
     // gets 503 and is dropped from the queue.
     Rendered render(const PlotQuery& q, std::chrono::milliseconds wait = std::chrono::seconds(30));
+    Rendered render(const ParticleQuery& q, std::chrono::milliseconds wait = std::chrono::seconds(30));
+    Rendered render(const StudyQuery& q, std::chrono::milliseconds wait = std::chrono::seconds(30));
 
     std::size_t drawn() const;  // passes drawn so far
 
 private:
+    using Query = std::variant<PlotQuery, ParticleQuery, StudyQuery>;
     struct Job {
-        PlotQuery q;
+        Query q;
         std::promise<Rendered> done;
         bool abandoned = false;  // under the mutex
     };
+    Rendered queue(Query q, std::chrono::milliseconds wait);
     void loop();
-    Rendered draw(const PlotQuery& q);
+    Rendered draw(const Query& query);
+    Rendered draw_scatter(const StudyQuery& q);
+    // One pass of the export into `file` (empty: its console text).
+    Rendered pass(const ExportRequest& r, const std::string& file, Answer answer);
 
     Served served_;
     std::function<std::unique_ptr<Graphics>()> make_graphics_;

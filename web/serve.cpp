@@ -10,6 +10,7 @@
 
 #include "app/startup.hpp"
 #include "core/fortran_format.hpp"
+#include "core/study.hpp"
 #include "plot/capture.hpp"
 #include "web/server.hpp"
 
@@ -38,7 +39,15 @@ int run_serve(const ExportRequest& r, const std::tm& now, std::ostream& out, std
         s.chara.PROJECT = "rfgun";
         s.RUN_NUMBER = 1;
     }
-    const Served served{".", std::string(up_to_blank(s.chara.PROJECT)), s.RUN_NUMBER, now};
+    Served served{".", std::string(up_to_blank(s.chara.PROJECT)), s.RUN_NUMBER, now};
+    // Runs of more than one project, or in folders below: the page opens on the study.
+    {
+        StudyCache cache;
+        std::ostringstream unread;
+        const Study st = run_study({"."}, cache, unread);
+        for (const StudyRun& run : st.runs)
+            served.study = served.study || run.folder != "." || run.project != st.runs[0].project;
+    }
 
     // The signals wait for this thread alone: the server's threads never see them.
     sigset_t stop_signals;
@@ -57,8 +66,9 @@ int run_serve(const ExportRequest& r, const std::tm& now, std::ostream& out, std
     if (!loopback(r.host))
         err << "viewer: warning: serving on " << r.host
             << ": anyone who can reach this address and has the URL can read the run\n";
-    out << "viewer: serving " << served.project << " run " << run_digits(served.run) << " at http://"
-        << r.host << ":" << server.port() << "/?token=" << token << std::endl;
+    out << "viewer: serving "
+        << (served.study ? "the study of this folder" : served.project + " run " + run_digits(served.run))
+        << " at http://" << r.host << ":" << server.port() << "/?token=" << token << std::endl;
     std::thread listening([&] { server.run(); });
     int signal = 0;
     sigwait(&stop_signals, &signal);

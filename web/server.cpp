@@ -5,11 +5,14 @@
 #include <sys/random.h>
 
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "app/pages.hpp"
 #include "app/run_load.hpp"
 #include "app/startup.hpp"
+#include "core/particles.hpp"
 #include "web/assets.hpp"
+#include "web/study.hpp"
 
 namespace viewer::web {
 namespace {
@@ -55,6 +58,18 @@ json tables_json(const std::vector<TableState>& tables) {
                        {"modified", static_cast<double>(t.modified_ns) / 1e9}});
     return out;
 }
+
+const StudyRun& study_run(const Study& s, int id) {
+    if (static_cast<std::size_t>(id) >= s.runs.size())
+        throw QueryError(404, "no run " + std::to_string(id) + " in the study: /api/study lists them");
+    return s.runs[static_cast<std::size_t>(id)];
+}
+
+// The run a request is about: the served project's, or one of the study's.
+struct Target {
+    std::string dir, project;
+    int run = 0;
+};
 
 }  // namespace
 
@@ -108,6 +123,27 @@ std::size_t AnswerCache::size() const {
     return order_.size();
 }
 
+FileSummary SummaryCache::of(const std::string& dir, const TableState& f) {
+    const std::string state = states({f});
+    {
+        std::lock_guard lock(m_);
+        if (const auto at = kept_.find(f.file); at != kept_.end() && at->second.first == state)
+            return at->second.second;
+    }
+    FileSummary sum;
+    const std::string path = dir + "/" + f.file;
+    try {
+        const BunchStats st = summarise_particles(path).stats;
+        sum = {st.z_ref, st.counts.total, st.counts.active, {}};
+    } catch (const std::exception& e) {
+        sum.error = e.what();
+        if (sum.error.starts_with(path)) sum.error.replace(0, path.size(), f.file);  // the page knows where
+    }
+    std::lock_guard lock(m_);
+    kept_[f.file] = {state, sum};
+    return sum;
+}
+
 Server::Server(Served served, std::string token, std::function<std::unique_ptr<Graphics>()> graphics,
                bool poll)
     : served_(std::move(served)),
@@ -145,6 +181,15 @@ void Server::run() {
 void Server::stop() {
     watcher_.stop();
     http_->stop();
+}
+
+Study Server::study() {
+    std::ostringstream unread;  // a folder that cannot be read is left out
+    try {
+        return run_study({served_.dir}, figures_, unread);
+    } catch (const std::runtime_error&) {
+        return {};
+    }
 }
 
 void Server::routes() {
@@ -185,19 +230,33 @@ void Server::routes() {
             res.set_content(std::string(a.body), a.type);
         });
 
-    h.Get("/api/runs", [this](const httplib::Request& req, httplib::Response& res) {
-        const int run = run_of(req, served_.run);
-        const json j = {{"project", served_.project},
-                        {"served", served_.run},
-                        {"run", run},
-                        {"runs", runs_in_directory(served_.dir, served_.project)},
-                        {"tables", tables_json(tables_of(served_.dir, served_.project, run))}};
+    // `study=ID` names a run of the study; `run=N` one of the served project.
+    const auto target = [this](const httplib::Request& req) {
+        if (!req.has_param("study")) return Target{served_.dir, served_.project, run_of(req, served_.run)};
+        const PlotQuery q = parse_plot_query("/api/plot/1:2.png", {{"study", req.get_param_value("study")}});
+        const StudyRun& r = study_run(study(), q.study);
+        return Target{r.dir(), r.project, r.run};
+    };
+
+    h.Get("/api/runs", [this, target](const httplib::Request& req, httplib::Response& res) {
+        const Target t = target(req);
+        const json j = {{"project", t.project},
+                        {"served", req.has_param("study") ? t.run : served_.run},
+                        {"run", t.run},
+                        {"runs", runs_in_directory(t.dir, t.project)},
+                        {"tables", tables_json(tables_of(t.dir, t.project, t.run))},
+                        {"study", served_.study}};
         res.set_content(j.dump(), "application/json");
     });
 
-    h.Get("/api/rows", [this](const httplib::Request& req, httplib::Response& res) {
-        const int run = run_of(req, served_.run);
-        const Fexist f = tables_present(served_.dir, served_.project, "." + run_digits(run));
+    h.Get("/api/study", [this](const httplib::Request&, httplib::Response& res) {
+        res.set_content(study_listing(study()), "application/json");
+    });
+
+    h.Get("/api/rows", [this, target](const httplib::Request& req, httplib::Response& res) {
+        const Target t = target(req);
+        const int run = t.run;
+        const Fexist f = tables_present(t.dir, t.project, "." + run_digits(run));
         json pages = json::array();
         for (int page = 1; page <= 5; ++page) {
             json rows = json::array();
@@ -218,20 +277,81 @@ void Server::routes() {
         res.set_content(json({{"run", run}, {"pages", pages}}).dump(), "application/json");
     });
 
-    const auto plot = [this](const httplib::Request& req, httplib::Response& res) {
-        PlotQuery q = parse_plot_query(req.path, params_of(req));
-        if (q.run < 0) q.run = served_.run;
-        std::vector<int> runs = {q.run};
-        if (q.runs) runs = q.runs->all ? runs_in_directory(served_.dir, served_.project) : q.runs->runs;
-        // A table that changed since is a new key: never an old answer for new data.
-        const std::string key = q.key() + "#" + signature(served_.dir, served_.project, runs, q.geometry);
+    // Drawn once for each key; a file that changed since is a new key: never an old answer for new data.
+    const auto draw_once = [this](httplib::Response& res, const std::string& key, const auto& q) {
         if (auto hit = cache_.find(key)) return answer(res, *hit);
         auto r = std::make_shared<const Rendered>(renderer_.render(q));
         answer(res, *r);
         if (r->status == 200) cache_.put(key, std::move(r));
     };
+
+    const auto plot = [this, draw_once](const httplib::Request& req, httplib::Response& res) {
+        PlotQuery q = parse_plot_query(req.path, params_of(req));
+        if (q.study >= 0 || !q.studies.empty()) {
+            // Ids, never paths: the study's own runs under the served directory.
+            const Study st = study();
+            std::string sig;
+            const auto take = [&](int id) {
+                const StudyRun& r = study_run(st, id);
+                sig += signature(r.dir(), r.project, {r.run}, q.geometry);
+                return RunList::Item{item_of(r), r.run};
+            };
+            if (q.studies.size() == 1) {  // one run: any row, not only those along z
+                q.study = q.studies[0];
+                q.studies.clear();
+            }
+            if (q.study >= 0) {
+                const RunList::Item one = take(q.study);
+                q.arg = one.project + "," + run_digits(one.run);
+            }
+            if (!q.studies.empty()) {
+                q.runs = RunList{};
+                for (int id : q.studies) q.runs->items.push_back(take(id));
+                if (q.arg.empty()) q.arg = q.runs->items[0].project + "," + run_digits(q.runs->items[0].run);
+            }
+            return draw_once(res, q.key() + "#" + sig, q);
+        }
+        if (q.run < 0) q.run = served_.run;
+        std::vector<int> runs = {q.run};
+        if (q.runs) runs = q.runs->all ? runs_in_directory(served_.dir, served_.project) : q.runs->runs;
+        draw_once(res, q.key() + "#" + signature(served_.dir, served_.project, runs, q.geometry), q);
+    };
     h.Get(R"(/api/plot/.*)", plot);
     h.Get(R"(/api/overview/.*)", plot);
+
+    h.Get(R"(/api/study/.*)", [this, draw_once](const httplib::Request& req, httplib::Response& res) {
+        const StudyQuery q = parse_study_query(req.path, params_of(req));
+        draw_once(res, q.key() + "#" + study_signature(study()), q);
+    });
+
+    h.Get("/api/particles", [this](const httplib::Request& req, httplib::Response& res) {
+        const int run = run_of(req, served_.run);
+        json files = json::array();
+        for (const TableState& f : particles_of(served_.dir, served_.project, run)) {
+            const FileSummary sum = summaries_.of(served_.dir, f);
+            json j = {{"id", files.size()}, {"name", f.file}};
+            if (sum.error.empty())
+                j.update({{"z", sum.z}, {"particles", sum.particles}, {"active", sum.active}});
+            else
+                j["error"] = sum.error;
+            j.update({{"size", f.size}, {"modified", static_cast<double>(f.modified_ns) / 1e9}});
+            files.push_back(j);
+        }
+        res.set_content(json({{"run", run}, {"files", files}}).dump(), "application/json");
+    });
+
+    h.Get(R"(/api/particles/.*)", [this, draw_once](const httplib::Request& req, httplib::Response& res) {
+        ParticleQuery q = parse_particle_query(req.path, params_of(req));
+        if (q.run < 0) q.run = served_.run;
+        // The id is a place in the run's list, never a path: nothing else is served.
+        const auto files = particles_of(served_.dir, served_.project, q.run);
+        if (static_cast<std::size_t>(q.id) >= files.size())
+            throw QueryError(404, "no particle file " + std::to_string(q.id) + " in run " +
+                                      run_digits(q.run) + ": /api/particles?run=" + std::to_string(q.run) +
+                                      " lists them");
+        q.file = files[q.id].file;
+        draw_once(res, q.key() + "#" + states({files[q.id]}), q);
+    });
 
     h.Get("/api/events", [this](const httplib::Request& req, httplib::Response& res) {
         const int run = run_of(req, served_.run);

@@ -1,8 +1,9 @@
-// The browser view over HTTP: the page, the rows and runs as JSON, each
-// plot in every form the export writes, and an event each time a run's
-// tables change. Every request carries the token the viewer printed (in the
-// URL the first time, then in a cookie); the HTTP threads check, look up
-// and answer, and leave all drawing to the renderer.
+// The browser view over HTTP: the page, the rows, runs and particle files
+// as JSON, each plot and particle view in every form the export writes, and
+// an event each time a run's tables or particle files change. Every request
+// carries the token the viewer printed (in the URL the first time, then in a
+// cookie); the HTTP threads check, look up and answer, and leave all drawing
+// to the renderer.
 #pragma once
 
 #include <functional>
@@ -13,6 +14,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "core/study.hpp"
 #include "web/renderer.hpp"
 #include "web/watch.hpp"
 
@@ -43,6 +45,24 @@ private:
     std::unordered_map<std::string, std::list<Entry>::iterator> index_;
 };
 
+// What the list of a run's particle files says of one file.
+struct FileSummary {
+    double z = 0;  // m, of the reference particle
+    long particles = 0, active = 0;
+    std::string error;  // why it cannot be read; empty when it can
+};
+
+// Each particle file read once for each state of it: the page asks for the
+// list on every change while the tracker writes.
+class SummaryCache {
+public:
+    FileSummary of(const std::string& dir, const TableState& f);
+
+private:
+    std::mutex m_;
+    std::unordered_map<std::string, std::pair<std::string, FileSummary>> kept_;  // by name: state, summary
+};
+
 class Server {
 public:
     // `graphics` makes the renderer's drawing seam; `poll`: watch the
@@ -61,6 +81,8 @@ public:
     void stop();
 
     Renderer& renderer() { return renderer_; }
+    // Every run under the served directory as now written.
+    Study study();
     const AnswerCache& cache() const { return cache_; }
 
 private:
@@ -72,6 +94,8 @@ private:
     Renderer renderer_;
     Watcher watcher_;
     AnswerCache cache_;
+    SummaryCache summaries_;
+    StudyCache figures_;  // the study's tables, read again only when changed
     int port_ = 0;
 };
 

@@ -10,6 +10,7 @@
 #include <filesystem>
 
 #include "app/startup.hpp"
+#include "core/particles.hpp"
 #include "core/run_catalogue.hpp"
 
 namespace viewer::web {
@@ -40,13 +41,27 @@ std::vector<TableState> tables_of(const std::string& dir, const std::string& pro
     return out;
 }
 
+std::vector<TableState> particles_of(const std::string& dir, const std::string& project, int run) {
+    std::vector<TableState> out;
+    for (const ParticleFileName& f : particle_files(dir, project, run_digits(run))) {
+        out.push_back({"particles", f.name});
+        state_of(fs::path(dir) / f.name, out.back().size, out.back().modified_ns, &out.back().inode);
+    }
+    return out;
+}
+
+std::string states(const std::vector<TableState>& files) {
+    std::string s;
+    for (const TableState& t : files)
+        s += t.file + ":" + std::to_string(t.size) + ":" + std::to_string(t.modified_ns) + ":" +
+             std::to_string(t.inode) + ";";
+    return s;
+}
+
 std::string signature(const std::string& dir, const std::string& project, const std::vector<int>& runs,
                       bool geometry) {
     std::string s;
-    for (int run : runs)
-        for (const TableState& t : tables_of(dir, project, run))
-            s += t.file + ":" + std::to_string(t.size) + ":" + std::to_string(t.modified_ns) + ":" +
-                 std::to_string(t.inode) + ";";
+    for (int run : runs) s += states(tables_of(dir, project, run));
     std::uintmax_t size = 0;
     std::int64_t modified = 0;
     if (geometry && state_of(fs::path(dir) / "Geometry.dat", size, modified))
@@ -85,7 +100,8 @@ void Watcher::stop() {
 }
 
 void Watcher::look(int run) {
-    std::string now = signature(dir_, project_, {run}, false);
+    // A plot's key leaves the particle files out; the page wants to hear of them.
+    std::string now = signature(dir_, project_, {run}, false) + states(particles_of(dir_, project_, run));
     auto [at, fresh] = seen_.try_emplace(run, now);
     if (fresh) {
         changes_[run] = 0;

@@ -1,7 +1,7 @@
-// Watches the run directory while the tracker writes: each run's tables
-// (and the aperture file) by size and modification time. Changes are
-// learned from inotify, or by looking once a second where it is not to be
-// had; a waiter is woken when a run it watches has changed.
+// Watches the run directory while the tracker writes: each run's tables and
+// particle files (and the aperture file) by size and modification time.
+// Changes are learned from inotify, or by looking once a second where it is
+// not to be had; a waiter is woken when a run it watches has changed.
 #pragma once
 
 #include <chrono>
@@ -29,6 +29,14 @@ struct TableState {
 // of the run-file catalogue.
 std::vector<TableState> tables_of(const std::string& dir, const std::string& project, int run);
 
+// The particle files of run `run` (kind "particles"), in the order of
+// `particle_files`, whose places are the files' ids; a file gone since it
+// was listed keeps its place with nothing in its state.
+std::vector<TableState> particles_of(const std::string& dir, const std::string& project, int run);
+
+// The state of each file as one text that differs whenever any of them changes.
+std::string states(const std::vector<TableState>& files);
+
 // Sizes, times and inodes of the tables of `runs` (and of Geometry.dat when asked),
 // as one text that differs whenever any of them changes.
 std::string signature(const std::string& dir, const std::string& project, const std::vector<int>& runs,
@@ -53,7 +61,7 @@ public:
 
 private:
     void loop();
-    void look(int run);  // under the mutex: compares run's tables with what was seen
+    void look(int run);  // under the mutex: compares run's files with what was seen
 
     std::string dir_, project_;
     bool polling_;

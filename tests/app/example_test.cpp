@@ -3,6 +3,7 @@
 // the solenoid series apart; the series' scan agreeing with its runs.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -11,6 +12,8 @@
 #include "app/pages.hpp"
 #include "app/run_load.hpp"
 #include "app/startup.hpp"
+#include "core/fortran_format.hpp"
+#include "core/particles.hpp"
 #include "core/run_catalogue.hpp"
 #include "tests/support/harness.hpp"
 
@@ -60,6 +63,15 @@ std::map<std::string, std::vector<double>> columns(const std::string& path) {
     return out;
 }
 
+// The record of `table` whose z lies nearest `z`.
+std::vector<double> nearest_record(const fs::path& table, double z) {
+    std::ifstream in(table);
+    std::vector<double> best, r(7);
+    while (in >> r[0] >> r[1] >> r[2] >> r[3] >> r[4] >> r[5] >> r[6])
+        if (best.empty() || std::abs(r[0] - z) < std::abs(best[0] - z)) best = r;
+    return best;
+}
+
 double largest(const std::vector<double>& v) {
     return v.empty() ? 0 : *std::max_element(v.begin(), v.end());
 }
@@ -80,6 +92,34 @@ TEST(Example, TheToolWritesTheBundledRun) {
         size += fs::file_size(kExamples / f);
     }
     EXPECT_LT(size, 3u << 20);
+}
+
+// A particle file of the bundle and the run's tables at its z print the
+// same digits: what the particle views show beside the tables agrees.
+TEST(Example, ParticleFilesHaveTheMomentsOfTheTables) {
+    const auto files = particle_files(kExamples.string(), "rfgun", "001");
+    ASSERT_EQ(files.size(), 3u);
+    for (const auto& f : files) {
+        SCOPED_TRACE(f.name);
+        const BunchStats s = summarise_particles((kExamples / f.name).string()).stats;
+        EXPECT_EQ(f.position, std::lround(100 * s.z_avg));
+        EXPECT_TRUE(s.counts.probes > 0 && s.counts.lost > 0) << "the states of particles";
+        const auto x = nearest_record(kExamples / "rfgun.Xemit.001", s.z_avg);
+        const auto y = nearest_record(kExamples / "rfgun.Yemit.001", s.z_avg);
+        const auto z = nearest_record(kExamples / "rfgun.Zemit.001", s.z_avg);
+        const struct {
+            const char* what;
+            double got, record;
+        } fields[] = {
+            {"z", s.z_avg, x[0]},         {"t", s.clock_avg, x[1]},     {"x avg", s.x.avg, x[2]},
+            {"x rms", s.x.rms, x[3]},     {"x' rms", s.x.xp_rms, x[4]}, {"emit x", s.x.emit_n, x[5]},
+            {"corr x", s.x.corr, x[6]},   {"y avg", s.y.avg, y[2]},     {"y rms", s.y.rms, y[3]},
+            {"y' rms", s.y.xp_rms, y[4]}, {"emit y", s.y.emit_n, y[5]}, {"corr y", s.y.corr, y[6]},
+            {"E kin", s.e_kin, z[2]},     {"z rms", s.z_rms, z[3]},     {"dE rms", s.de_rms, z[4]},
+            {"emit z", s.emit_z, z[5]},   {"corr z", s.corr_z, z[6]},
+        };
+        for (const auto& c : fields) EXPECT_EQ(fmt_e12_4(c.got), fmt_e12_4(c.record)) << c.what;
+    }
 }
 
 TEST(Example, EveryRowShowsSomething) {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <iterator>
 #include <sstream>
 
@@ -104,6 +105,34 @@ TEST(Runs, EachRunAsAloneOnOneFrameInItsLook) {
     for (const auto& [k, colour, look] : plan) {
         const RunLook got = run_look(k, colour, 2);
         EXPECT_EQ(std::pair(got.colour, got.width), std::pair(look.colour, look.width)) << k;
+    }
+}
+
+// Runs of other projects and folders: each item's tables, named in the key
+// as briefly as tells them apart, and the items told from lists of runs.
+TEST(Runs, RunsOfOtherProjectsAndFolders) {
+    Runs r;
+    for (const char* dir : {"mesh/a", "old/a"}) {
+        std::filesystem::create_directories(r.h.dir.file(dir));
+        for (const char* kind : {".Xemit.001", ".Yemit.001"})
+            r.h.dir.write(std::string(dir) + "/gun" + kind, emit_table(4, dir[0] == 'm' ? 2 : 3));
+    }
+    ASSERT_EQ(r.run("--plot 1:2 --runs mesh/a/gun,1 old/a/gun,1 p,2 --out a.ps"), 0) << r.err.str();
+    std::vector<std::string> keys;
+    for (auto* t : r.h.g.named("pgtext")) keys.push_back(std::string(trim_right(t->texts[0])));
+    EXPECT_EQ(keys, (std::vector<std::string>{"mesh/a/gun,1", "old/a/gun,1", "p,2"}));
+    EXPECT_TRUE(has(r.h.console(), "     old/a/gun,1\n"));
+    EXPECT_NEAR(r.h.g.named("pgenv").at(0)->args[3], 3 * (1 + 0.1 * 3) * 1.2, 1e-5);  // the largest, old/a's
+    // clang-format off
+    const std::tuple<const char*, bool> items[] = {
+        {"gun,1", true}, {"mesh/gun_n=16,1", true}, {"../old/gun,3", true}, {"1,3,5", false}, {"2-4,7", false},
+        {"all", false}, {",1", false},
+    };
+    // clang-format on
+    for (const auto& [text, item] : items) EXPECT_EQ(is_run_item(text), item) << text;
+    for (const char* bad : {"--runs gun,1000", "--runs gun,x", "--runs gun,"}) {
+        SCOPED_TRACE(bad);
+        EXPECT_THROW(request_of(std::string("--plot 1:2 ") + bad + " --out a.ps"), UsageError);
     }
 }
 

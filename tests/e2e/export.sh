@@ -68,9 +68,43 @@ expect() {
   [ "$got" = "$want" ] || fail "'$*' ended with $got, not $want"
   grep -qF -- "$words" err.txt || fail "'$*' said '$(cat err.txt)', not '$words'"
 }
-expect 2 "unknown option --colour" rfgun,1 --plot 1:1 --out a.ps --colour
+expect 2 "unknown option --color" rfgun,1 --plot 1:1 --out a.ps --color
 expect 2 "it needs .Sigma" rfgun,3 --plot 5:1 --out a.ps
 expect 1 "no data files of project nothere" nothere --plot 1:1 --out a.ps
 RUN_ENV="PATH=$WORK/empty" expect 1 "needs ghostscript (gs)" rfgun,1 --plot 1:1 --out a.pdf
+
+# Particle files: the listing, the statistics alone, each view in each
+# format with its numbers, and a damaged file.
+pf=$(awk '/^particle files/ { f = 1; next } f && $1 ~ /^rfgun\.[0-9][0-9][0-9][0-9]\.001$/ { print substr($1, 7, 4); exit }' list.txt)
+[ -n "$pf" ] || fail "--list names no particle file of the bundled run"
+"$VIEWER" rfgun,1 --particles "$pf" >pstats.txt || fail "--particles $pf"
+grep -q "norm. emittance \[pi mrad mm\]:" pstats.txt || fail "no particle statistics: $(cat pstats.txt)"
+"$VIEWER" rfgun,1 --particles "$pf" --plane x:xp --plane z:dE --out bunch.png --size 500x400 --csv bunch.csv \
+  --stats bunch.json >/dev/null 2>err.txt || fail "particle planes to PNG: $(cat err.txt)"
+for f in bunch.png bunch_2.png; do [ "$(png_size "$f")" = "500 400" ] || fail "$f: not 500 by 400 pixels"; done
+[ "$(head -1 bunch.csv)" = "x [mm],xp [mrad]" ] || fail "bunch.csv: $(head -1 bunch.csv)"
+[ "$(head -1 bunch_2.csv)" = "z [mm],dE [keV]" ] || fail "bunch_2.csv: $(head -1 bunch_2.csv)"
+grep -q '"norm. emittance \[pi mrad mm\]"' bunch.json || fail "bunch.json holds no emittance"
+"$VIEWER" rfgun,1 --particles "$pf" --sheet --out sheet.pdf >/dev/null || fail "particle sheet to PDF"
+renders sheet.pdf
+"$VIEWER" rfgun,1 --particles "$pf" --slices 12 --along z --out slices.eps --csv slices.csv >/dev/null ||
+  fail "slices to EPS"
+renders slices.eps
+[ "$(wc -l <slices.csv)" = 13 ] || fail "slices.csv: not a line a slice"
+printf ' 1 2 3 4 5 6 7 8 1 5\n 1 2 3\n' >bad.ini
+expect 1 "bad.ini, line 2: 3 numbers where a particle has 10" rfgun,1 --particles bad.ini
+expect 2 "--plane takes A:B" rfgun,1 --particles "$pf" --plane x:w
+
+# A study of the real runs beside the repository, with its front and scatter.
+real="$SRC/../shared/realdata"
+if [ -d "$real" ]; then
+  "$VIEWER" --study "$real" --front NX_EMIT,Z_RMS --out study.png --scatter NX_EMIT:Z_RMS --csv study.csv \
+    >study.txt 2>err.txt || fail "--study: $(cat err.txt)"
+  grep -q "^simframe-injector400 .* complete " study.txt || fail "the study misses a real run: $(cat study.txt)"
+  grep -q "runs, [0-9]* on the front of NX_EMIT, Z_RMS$" study.txt || fail "no front in: $(cat study.txt)"
+  png_size study.png >/dev/null
+fi
+mkdir -p "$WORK/empty-study"
+expect 1 "no run with .Xemit, .Yemit or .Zemit tables under" --study "$WORK/empty-study"
 [ ! -e win_config.dat ] || fail "the export wrote win_config.dat"
 echo "e2e export: ok"

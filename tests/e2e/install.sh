@@ -14,14 +14,16 @@ fail() { echo "FAIL: $*" >&2; exit 1; }
 version=$(sed -n 's/^project(viewer VERSION \([0-9.]*\).*/\1/p' "$SRC/CMakeLists.txt")
 
 cmake --install "$BUILD" --prefix "$WORK/prefix" >/dev/null || fail "cmake --install"
-for f in bin/viewer share/man/man1/viewer.1 share/doc/viewer/README.md; do
+for f in bin/viewer share/man/man1/viewer.1.gz share/doc/viewer/README.md; do
   [ -f "$WORK/prefix/$f" ] || fail "$f not installed"
 done
 installed() {
   mkdir -p "$WORK/run"
   cp "$SRC"/examples/rfgun.* "$WORK/run/"
   [ "$("$1" --version)" = "viewer $version" ] || fail "$1 --version: $("$1" --version)"
-  "$1" --help | head -1 | grep -qx "viewer $version" || fail "$1 --help has no version"
+  local help
+  help=$("$1" --help) || fail "$1 --help failed"
+  head -1 <<<"$help" | grep -qx "viewer $version" || fail "$1 --help has no version"
   (cd "$WORK/run" && "$1" rfgun,1 --plot 1:2 --out plot.png >/dev/null) || fail "$1 cannot export"
   [ -s "$WORK/run/plot.png" ] || fail "$1 wrote no plot"
 }
@@ -40,6 +42,7 @@ if command -v dpkg-deb >/dev/null && command -v cpack >/dev/null; then
   done
   dpkg -x "$deb" "$WORK/root"
   installed "$WORK/root/usr/bin/viewer"
-  [ -f "$WORK/root/usr/share/man/man1/viewer.1" ] || fail "the package has no manual page"
+  [ -f "$WORK/root/usr/share/man/man1/viewer.1.gz" ] || fail "the package has no manual page"
+  gzip -t "$WORK/root/usr/share/man/man1/viewer.1.gz" || fail "the manual page is no gzip file"
 fi
 echo "e2e install: ok"

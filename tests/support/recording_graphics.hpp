@@ -64,6 +64,17 @@ public:
     void pgmove(float x, float y) override { add("pgmove", {x, y}); }
     void pgdraw(float x, float y) override { add("pgdraw", {x, y}); }
     void pgrect(float a, float b, float c, float d) override { add("pgrect", {a, b, c, d}); }
+    // the image's cells in xs, in the order given
+    void pgimag(const float* a, int idim, int jdim, int i1, int i2, int j1, int j2, float a1, float a2,
+                const float* tr) override {
+        add("pgimag", {double(idim), double(jdim), double(i1), double(i2), double(j1), double(j2), a1, a2,
+                       tr[0], tr[1], tr[2], tr[3], tr[4], tr[5]});
+        calls.back().xs.assign(a, a + idim * jdim);
+    }
+    void pgctab(const float* l, const float*, const float*, const float*, int nc, float contra,
+                float bright) override {
+        add("pgctab", {double(nc), contra, bright, l[0], l[nc - 1]});
+    }
     void pgcirc(float x, float y, float r) override { add("pgcirc", {x, y, r}); }
     void pgptxt(float x, float y, float a, float f, const std::string& t) override {
         add("pgptxt", {x, y, a, f}, {t});

@@ -1,8 +1,9 @@
 """The browser view in headless Chromium: a row clicked, its text against the
 export's, a zoom that narrows the statistics, tables that grow while the
-page is open, the run stepped by the arrow key; a screenshot for a person.
+page is open, the run stepped by the arrow key, a particle file drawn in its
+tab; the study page sorted and a run of it opened; a screenshot for a person.
 
-    browser.py URL RUNDIR EXPORT_TEXT SCREENSHOT
+    browser.py URL RUNDIR EXPORT_TEXT SCREENSHOT STUDY_URL
 """
 import re
 import sys
@@ -12,11 +13,12 @@ import time
 from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.action_chains import ActionChains
+from selenium.common.exceptions import StaleElementReferenceException
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.ui import WebDriverWait
 
-url, rundir, export_text, screenshot = sys.argv[1:5]
+url, rundir, export_text, screenshot, study_url = sys.argv[1:6]
 
 
 def fail(why):
@@ -98,6 +100,47 @@ try:
     wait.until(lambda d: d.execute_script(
         "const i = document.getElementById('image'); return i.complete && i.naturalWidth > 0;"))
     driver.save_screenshot(screenshot)
+
+    # The particles tab: back to run 1, its first particle file picked and drawn.
+    driver.find_element(By.TAG_NAME, "body").send_keys(Keys.ARROW_LEFT)
+    wait.until(lambda d: "run=1" in d.current_url)
+    [b for b in driver.find_elements(By.CSS_SELECTOR, "#tabs button") if b.text == "particles"][0].click()
+    picked = wait.until(lambda d: d.find_elements(By.CSS_SELECTOR, "#files button"))[0]
+    name = picked.text
+    picked.click()
+    wait.until(lambda d: "/api/particles/" in image_src() and name in text() and d.execute_script(
+        "const i = document.getElementById('image'); return i.complete && i.naturalWidth > 0;"))
+
+    # The study: it opens on its table; sorted by run, downwards; a row opens that run's plot.
+    driver.get(study_url)
+    wait.until(lambda d: len(d.find_elements(By.CSS_SELECTOR, "#study-table tbody tr")) == 4)
+    wait.until(lambda d: d.execute_script(
+        "const i = document.getElementById('study-scatter'); return i.complete && i.naturalWidth > 0;"))
+
+    def column(n):
+        return [r.find_elements(By.TAG_NAME, "td")[n].text
+                for r in driver.find_elements(By.CSS_SELECTOR, "#study-table tbody tr")]
+
+    header = [h for h in driver.find_elements(By.CSS_SELECTOR, "#study-table th") if h.text.startswith("run")][0]
+    header.click()
+    header = [h for h in driver.find_elements(By.CSS_SELECTOR, "#study-table th") if h.text.startswith("run")][0]
+    header.click()
+    wait.until(lambda d: column(4) == ["2", "2", "1", "1"])
+    row = [r for r in driver.find_elements(By.CSS_SELECTOR, "#study-table tbody tr") if "mesh" in r.text][0]
+    row.click()
+
+    def pick_row(d):  # the rows are drawn anew while the run loads
+        try:
+            found = [b for b in d.find_elements(By.CSS_SELECTOR, "#rows button") if b.text == "rms Beam Size"]
+            return found and (found[0].click() or True)
+        except StaleElementReferenceException:
+            return False
+
+    wait.until(pick_row)
+    wait.until(lambda d: "study=" in image_src() and d.execute_script(
+        "const i = document.getElementById('image'); return i.complete && i.naturalWidth > 0;"))
+    if "mesh/gun" not in driver.find_element(By.ID, "project").text:
+        fail("the header does not name the study's run: " + driver.find_element(By.ID, "project").text)
 finally:
     driver.quit()
 print("browser: ok")
