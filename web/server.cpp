@@ -234,7 +234,8 @@ void Server::routes() {
     const auto target = [this](const httplib::Request& req) {
         if (!req.has_param("study")) return Target{served_.dir, served_.project, run_of(req, served_.run)};
         const PlotQuery q = parse_plot_query("/api/plot/1:2.png", {{"study", req.get_param_value("study")}});
-        const StudyRun& r = study_run(study(), q.study);
+        const Study s = study();  // kept: the run is a reference into it
+        const StudyRun& r = study_run(s, q.study);
         return Target{r.dir(), r.project, r.run};
     };
 
