@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <cstdio>
@@ -20,6 +21,26 @@
 extern char** environ;
 
 namespace viewer::bench {
+
+// The same bytes through read() in blocks of the reader's size, nothing parsed.
+inline void plain_read(benchmark::State& state, const std::string& path, long bytes) {
+    int fd = ::open(path.c_str(), O_RDONLY);
+    if (fd < 0) {
+        state.SkipWithError("cannot open the table");
+        return;
+    }
+    std::vector<char> buf(1 << 18);
+    for (auto _ : state) {
+        ::lseek(fd, 0, SEEK_SET);
+        long total = 0;
+        ssize_t got;
+        while ((got = ::read(fd, buf.data(), buf.size())) > 0) total += got;
+        benchmark::DoNotOptimize(total);
+        benchmark::DoNotOptimize(buf.data());
+    }
+    ::close(fd);
+    state.SetBytesProcessed(state.iterations() * bytes);
+}
 
 // A fixed table of PKT records along z (7 fields of 12 columns) of `kind`
 // for project "bench" and `run` (".001"), its values about `level`.

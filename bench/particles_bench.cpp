@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/bench_support.hpp"
 #include "core/fortran_format.hpp"
 #include "core/particles.hpp"
 #include "tests/support/temp_dir.hpp"
@@ -116,23 +117,7 @@ void BM_particle_statistics(benchmark::State& state) {
 
 // The same bytes through read() in blocks of the reader's size, nothing parsed.
 void BM_plain_read_particles(benchmark::State& state) {
-    const Bunch& b = bunch();
-    const int fd = ::open(b.path.c_str(), O_RDONLY);
-    if (fd < 0) {
-        state.SkipWithError("cannot open the particle file");
-        return;
-    }
-    std::vector<char> buf(1 << 18);
-    for (auto _ : state) {
-        ::lseek(fd, 0, SEEK_SET);
-        long total = 0;
-        ssize_t got;
-        while ((got = ::read(fd, buf.data(), buf.size())) > 0) total += got;
-        benchmark::DoNotOptimize(total);
-        benchmark::DoNotOptimize(buf.data());
-    }
-    ::close(fd);
-    state.SetBytesProcessed(state.iterations() * b.bytes);
+    viewer::bench::plain_read(state, bunch().path, bunch().bytes);
 }
 
 // One line of the 20-column form, the inner step of the statistics; a pool

@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/bench_support.hpp"
 #include "core/fortran_format.hpp"
 #include "core/records.hpp"
 #include "core/run_files.hpp"
@@ -144,31 +145,11 @@ void BM_read_free_ref20(benchmark::State& state) {
     report(state, n, t.ref_bytes);
 }
 
-// The same bytes through read() in blocks of the reader's size, nothing parsed.
-void plain_read(benchmark::State& state, const std::string& path, long bytes) {
-    int fd = ::open(path.c_str(), O_RDONLY);
-    if (fd < 0) {
-        state.SkipWithError("cannot open the table");
-        return;
-    }
-    std::vector<char> buf(1 << 18);
-    for (auto _ : state) {
-        ::lseek(fd, 0, SEEK_SET);
-        long total = 0;
-        ssize_t got;
-        while ((got = ::read(fd, buf.data(), buf.size())) > 0) total += got;
-        benchmark::DoNotOptimize(total);
-        benchmark::DoNotOptimize(buf.data());
-    }
-    ::close(fd);
-    state.SetBytesProcessed(state.iterations() * bytes);
-}
-
 void BM_plain_read_Xemit(benchmark::State& state) {
-    plain_read(state, tables().xemit, tables().xemit_bytes);
+    viewer::bench::plain_read(state, tables().xemit, tables().xemit_bytes);
 }
 void BM_plain_read_track(benchmark::State& state) {
-    plain_read(state, tables().track, tables().track_bytes);
+    viewer::bench::plain_read(state, tables().track, tables().track_bytes);
 }
 
 // One E12.4 field, the inner step of every fixed record.

@@ -63,15 +63,6 @@ std::map<std::string, std::vector<double>> columns(const std::string& path) {
     return out;
 }
 
-// The record of `table` whose z lies nearest `z`.
-std::vector<double> nearest_record(const fs::path& table, double z) {
-    std::ifstream in(table);
-    std::vector<double> best, r(7);
-    while (in >> r[0] >> r[1] >> r[2] >> r[3] >> r[4] >> r[5] >> r[6])
-        if (best.empty() || std::abs(r[0] - z) < std::abs(best[0] - z)) best = r;
-    return best;
-}
-
 double largest(const std::vector<double>& v) {
     return v.empty() ? 0 : *std::max_element(v.begin(), v.end());
 }

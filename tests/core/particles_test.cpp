@@ -10,7 +10,7 @@
 #include <fstream>
 #include <vector>
 
-#include "tests/support/temp_dir.hpp"
+#include "tests/support/harness.hpp"
 
 namespace {
 
@@ -19,15 +19,6 @@ using namespace viewer::testing;
 namespace fs = std::filesystem;
 
 const fs::path kReal = fs::path(VIEWER_SOURCE_DIR) / ".." / "shared" / "realdata";
-
-// The record of `table` whose z lies nearest `z`.
-std::vector<double> nearest_record(const fs::path& table, double z) {
-    std::ifstream in(table);
-    std::vector<double> best, r(7);
-    while (in >> r[0] >> r[1] >> r[2] >> r[3] >> r[4] >> r[5] >> r[6])
-        if (best.empty() || std::abs(r[0] - z) < std::abs(best[0] - z)) best = r;
-    return best;
-}
 
 // Equal to a value printed as E12.4: within half a unit of its last digit
 // and 2 parts in 10^4 more. The tables' own emittances scatter that much:

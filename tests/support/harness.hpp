@@ -54,6 +54,15 @@ inline void beam_tables(const TempDir& d, int n, std::initializer_list<const cha
             d.write(project + kind + run, emit_table(n, kind[1] == 'Y' ? 2.0 : 1.0));
 }
 
+// The record of a table of seven fields, read as text, whose z lies nearest `z`.
+inline std::vector<double> nearest_record(const std::filesystem::path& table, double z) {
+    std::ifstream in(table);
+    std::vector<double> best, r(7);
+    while (in >> r[0] >> r[1] >> r[2] >> r[3] >> r[4] >> r[5] >> r[6])
+        if (best.empty() || std::abs(r[0] - z) < std::abs(best[0] - z)) best = r;
+    return best;
+}
+
 // `needle` found in `hay`; the failure shows the whole text.
 inline ::testing::AssertionResult has(const std::string& hay, const std::string& needle) {
     if (hay.find(needle) != std::string::npos) return ::testing::AssertionSuccess();
