@@ -254,7 +254,7 @@ void Server::routes() {
         res.set_content(study_listing(study()), "application/json");
     });
 
-    h.Get("/api/rows", [this, target](const httplib::Request& req, httplib::Response& res) {
+    h.Get("/api/rows", [target](const httplib::Request& req, httplib::Response& res) {
         const Target t = target(req);
         const int run = t.run;
         const Fexist f = tables_present(t.dir, t.project, "." + run_digits(run));
