@@ -84,63 +84,62 @@ inline void shape(std::vector<double>& u, std::vector<double>& v, double a, doub
     }
 }
 
-// The moments xx [m²], pp [(eV/c)²] and xp [m eV/c] of one plane whose rms,
-// x' rms, emittance and correlation print as the record's. Four fields hang
-// on three moments, and their printed digits need not agree among
-// themselves: try the rms, emittance and correlation within 0.4 of a last
-// digit of the printed ones, and keep the x' rms they imply that lies
-// nearest the middle of its printed digit (it moves least with the others).
-inline std::array<double, 3> plane_moments(const Record& r, double pz, double mc) {
-    const double s0 = printed(r[3]), e0 = printed(r[5]), c0 = printed(r[6]), d0 = printed(r[4]);
+// Fields `at` of `r`, each moved by at most 0.4 of its last printed digit,
+// and the field `derived` that `derive` forms from them, all four printing
+// as the record's: of those, the one whose derived field lies nearest the
+// middle of its printed digit (it moves least with the others). The
+// printed digits of a record need not agree among themselves, so the search
+// is needed; where nothing prints right the tool stops, naming `what`.
+template <class Derive>
+std::array<double, 4> printable(const Record& r, std::array<int, 3> at, int derived, Derive derive,
+                                const char* what) {
+    const auto f = [&](int k) { return r[static_cast<std::size_t>(k)]; };
+    const double a0 = printed(f(at[0])), b0 = printed(f(at[1])), c0 = printed(f(at[2])),
+                 d0 = printed(f(derived));
     double best = 0.5;
-    std::array<double, 3> out{};
+    std::array<double, 4> out{};
     for (int i = -4; i <= 4; ++i)
         for (int j = -4; j <= 4; ++j)
             for (int k = -4; k <= 4; ++k) {
-                const double s = s0 + 0.1 * i * last_unit(s0), e = e0 + 0.1 * j * last_unit(e0),
+                const double a = a0 + 0.1 * i * last_unit(a0), b = b0 + 0.1 * j * last_unit(b0),
                              c = c0 + 0.1 * k * last_unit(c0);
-                const double d = std::hypot(c, e * mc / (s * pz));
-                if (e12(s) != e12(r[3]) || e12(e) != e12(r[5]) || e12(c) != e12(r[6]) || e12(d) != e12(r[4]))
+                const double d = derive(a, b, c);
+                if (e12(a) != e12(f(at[0])) || e12(b) != e12(f(at[1])) || e12(c) != e12(f(at[2])) ||
+                    e12(d) != e12(f(derived)))
                     continue;
                 const double score = std::max({std::abs(d - d0) / last_unit(d0), 0.1 * std::abs(i),
                                                0.1 * std::abs(j), 0.1 * std::abs(k)});
                 if (score >= best) continue;
                 best = score;
-                out = {s * s * 1e-6, d * d * 1e-6 * pz * pz, c * s * 1e-6 * pz};
+                out = {a, b, c, d};
             }
     if (best >= 0.5) {
-        std::cerr << "make_example: no bunch prints the record at z = " << r[0] << "\n";
+        std::cerr << "make_example: no bunch prints the " << what << " at z = " << r[0] << "\n";
         std::exit(1);
     }
     return out;
 }
 
-// Length [m], spread [eV] and emittance [m eV] whose rms, spread,
-// emittance and the correlation they imply print as the .Zemit record's,
-// found as for a transverse plane.
+// The moments xx [m²], pp [(eV/c)²] and xp [m eV/c] of one plane whose rms,
+// emittance, correlation and the x' rms they imply print as the record's.
+inline std::array<double, 3> plane_moments(const Record& r, double pz, double mc) {
+    const auto [s, e, c, d] = printable(
+        r, {3, 5, 6}, 4, [&](double s_, double e_, double c_) { return std::hypot(c_, e_ * mc / (s_ * pz)); },
+        "record");
+    return {s * s * 1e-6, d * d * 1e-6 * pz * pz, c * s * 1e-6 * pz};
+}
+
+// Length [m], spread [eV] and emittance [m eV] whose rms, spread, emittance
+// and the correlation they imply print as the .Zemit record's.
 inline std::array<double, 3> long_moments(const Record& r) {
-    const double s0 = printed(r[3]), e0 = printed(r[4]), m0 = printed(r[5]), c0 = printed(r[6]);
-    double best = 0.5;
-    std::array<double, 3> out{};
-    for (int i = -4; i <= 4; ++i)
-        for (int j = -4; j <= 4; ++j)
-            for (int k = -4; k <= 4; ++k) {
-                const double s = s0 + 0.1 * i * last_unit(s0), e = e0 + 0.1 * j * last_unit(e0),
-                             m = m0 + 0.1 * k * last_unit(m0);
-                const double c = std::sqrt(std::max(0.0, e * e - (m / s) * (m / s)));
-                if (e12(s) != e12(r[3]) || e12(e) != e12(r[4]) || e12(m) != e12(r[5]) || e12(c) != e12(r[6]))
-                    continue;
-                const double score = std::max({std::abs(c - c0) / last_unit(c0), 0.1 * std::abs(i),
-                                               0.1 * std::abs(j), 0.1 * std::abs(k)});
-                if (score >= best) continue;
-                best = score;
-                out = {s * 1e-3, e * 1e3, m};
-            }
-    if (best >= 0.5) {
-        std::cerr << "make_example: no bunch prints the .Zemit record at z = " << r[0] << "\n";
-        std::exit(1);
-    }
-    return out;
+    const auto [s, e, m, c] = printable(
+        r, {3, 4, 5}, 6,
+        [](double s_, double e_, double m_) {
+            return std::sqrt(std::max(0.0, e_ * e_ - (m_ / s_) * (m_ / s_)));
+        },
+        ".Zemit record");
+    (void)c;
+    return {s * 1e-3, e * 1e3, m};
 }
 
 // The particles lost at `l`, in absolute values.
