@@ -6,6 +6,7 @@
 #include <cmath>
 #include <string_view>
 
+#include "core/run_catalogue.hpp"
 #include "core/study.hpp"
 
 namespace viewer {
@@ -265,6 +266,11 @@ ExportRequest parse_export(int argc, const char* const* argv) {
         } else if (a == "--colour") {
             r.colour_by = value("--colour");
             figure_list(r.colour_by, "--colour", false);
+        } else if (a == "--table") {
+            r.table = value("--table");
+            if (!kind_named(r.table))
+                throw UsageError("--table takes a table kind, one of " + kind_names() + ", not \"" + r.table +
+                                 "\"");
         } else if (a == "--particles") {
             r.particles = value("--particles");
             if (r.particles.empty()) throw UsageError("--particles needs a file's position NNNN or a path");
@@ -328,10 +334,11 @@ ExportRequest parse_export(int argc, const char* const* argv) {
     const bool study_options = !r.figures.empty() || !r.sort.empty() || !r.front.empty() ||
                                !r.scatter_x.empty() || !r.colour_by.empty();
     if (r.study) {
-        if (r.has_arg || r.list || !r.plots.empty() || r.overview || r.runs || !r.particles.empty() || r.fit)
+        if (r.has_arg || r.list || !r.plots.empty() || r.overview || r.runs || !r.particles.empty() ||
+            r.fit || !r.table.empty())
             throw UsageError(
-                "--study goes without a run argument, --list, --plot, --overview, --runs, --particles "
-                "and --fit");
+                "--study goes without a run argument, --list, --plot, --overview, --runs, --particles, "
+                "--table and --fit");
         if (r.study_dirs.empty()) r.study_dirs.push_back(".");
         if (have_out && r.scatter_x.empty()) throw UsageError("--out draws a --scatter A:B of the study");
         if (!r.colour_by.empty() && r.scatter_x.empty()) throw UsageError("--colour is for --scatter");
@@ -343,9 +350,9 @@ ExportRequest parse_export(int argc, const char* const* argv) {
     const bool particle_options =
         !r.planes.empty() || r.slices || r.along || r.sheet || r.lost || r.window || r.density;
     if (!r.particles.empty()) {
-        if (r.list || !r.plots.empty() || r.overview || r.runs || r.fit || r.geometry)
+        if (r.list || !r.plots.empty() || r.overview || r.runs || r.fit || r.geometry || !r.table.empty())
             throw UsageError(
-                "--particles goes without --list, --plot, --overview, --runs, --fit and --geometry");
+                "--particles goes without --list, --plot, --overview, --runs, --table, --fit and --geometry");
         if (r.sheet && (!r.planes.empty() || r.slices))
             throw UsageError("--sheet is a page of its own: give it without --plane and --slices");
         if (r.format == OutFormat::eps && r.planes.size() + (r.slices > 0) > 1)
@@ -357,6 +364,11 @@ ExportRequest parse_export(int argc, const char* const* argv) {
     if (particle_options)
         throw UsageError(
             "--plane, --slices, --along, --sheet, --lost, --density and --window are for --particles");
+    if (!r.table.empty()) {
+        if (r.list || !r.plots.empty() || r.overview || r.runs || have_out || !r.stats.empty() || r.fit)
+            throw UsageError("--table goes alone, after the run argument, with --csv FILE at most");
+        return r;
+    }
     if (r.list) {
         if (!r.plots.empty() || r.overview || r.runs || !r.csv.empty() || !r.stats.empty())
             throw UsageError("--list goes alone, without --plot, --overview, --runs, --csv or --stats");

@@ -95,6 +95,7 @@ struct ExportRequest {
     bool density = false;             // --density: the image whatever the count
     bool window = false;              // --window X1:X2,Y1:Y2
     float window_x1 = 0, window_x2 = 0, window_y1 = 0, window_y2 = 0;
+    std::string table;   // --table KIND: the run's table of that kind as CSV
     bool serve = false;  // --serve: the browser view
     std::string host = "127.0.0.1";
     int port = 8765;

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -25,6 +26,19 @@ void check_writable(const std::string& path) {
     std::FILE* f = std::fopen(path.c_str(), "a");
     if (!f) throw ExportFailure("cannot write " + path + ": " + std::strerror(errno));
     std::fclose(f);
+}
+
+std::tm clock_now() {
+    std::time_t t = std::time(nullptr);
+    if (const char* epoch = std::getenv("SOURCE_DATE_EPOCH")) {
+        long long v = 0;
+        const char* end = epoch + std::strlen(epoch);
+        if (const auto r = std::from_chars(epoch, end, v); r.ec == std::errc() && r.ptr == end && *epoch)
+            t = static_cast<std::time_t>(v);
+    }
+    std::tm now{};
+    localtime_r(&t, &now);
+    return now;
 }
 
 bool on_path(const char* program) {

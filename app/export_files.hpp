@@ -2,6 +2,7 @@
 // PostScript turned into PDF, and the rows a run offers.
 #pragma once
 
+#include <ctime>
 #include <ostream>
 #include <stdexcept>
 #include <streambuf>
@@ -15,6 +16,10 @@ namespace viewer {
 struct ExportFailure : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
+
+// The date of the page foot: now, or the time SOURCE_DATE_EPOCH gives in
+// seconds, so that pictures made twice are the same bytes.
+std::tm clock_now();
 
 // Fails unless `path` can be written, with the system's reason.
 void check_writable(const std::string& path);

@@ -74,6 +74,7 @@ public:
     int run(const std::tm& now) {
         set_up(now);
         if (!r_.particles.empty()) return particles();
+        if (!r_.table.empty()) return table();
         if (r_.study) return study();
         if (r_.runs) {
             runs_ = r_.runs->all ? runs_in_directory(s_, up_to_blank(s_.chara.PROJECT)) : r_.runs->runs;
@@ -283,6 +284,7 @@ private:
     // The other requests of the export, each a pass of its own.
     int study();
     int particles();
+    int table();
 
     int base_run() const { return r_.runs ? run_of(base_) : s_.RUN_NUMBER; }
 

@@ -1,4 +1,4 @@
-// The study and particle-file requests of the export.
+// The study, particle-file and table requests of the export.
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -6,6 +6,7 @@
 #include "app/export_pass.hpp"
 #include "app/particle_export.hpp"
 #include "app/study_export.hpp"
+#include "app/table_export.hpp"
 
 namespace viewer::export_pass {
 
@@ -62,6 +63,32 @@ int Export::particles() {
     if (!stats.empty()) write_file(s_.path(stats), job.json(drawn));
     finish_files();
     return status_;
+}
+
+// A table of the run as read: CSV to the --csv file, or to the console.
+int Export::table() {
+    const RunKind& k = *kind_named(r_.table);
+    const std::string name = run_file_name(k, project(), s_.chara.RUN);
+    const std::string path = s_.path(name);
+    if (!fs::is_regular_file(path)) throw ExportFailure("no table " + name + " in " + where());
+    if (r_.csv.empty()) {
+        write_table_csv(s_.con.out, path, k);
+        return 0;
+    }
+    const std::string out = s_.path(r_.csv);
+    check_writable(out);
+    std::ofstream file(out, std::ios::binary | std::ios::trunc);
+    try {
+        write_table_csv(file, path, k);  // streamed: a probe-track table has millions of records
+    } catch (...) {
+        file.close();
+        std::error_code ec;
+        fs::remove(out, ec);  // no half table left behind
+        throw;
+    }
+    file.close();
+    if (!file) throw ExportFailure("cannot write " + r_.csv + ": " + std::strerror(errno));
+    return 0;
 }
 
 }  // namespace viewer::export_pass

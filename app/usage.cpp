@@ -8,6 +8,7 @@ std::string export_usage() {
 usage: viewer [ARG] --plot PAGE:ROW [--plot PAGE:ROW ...] --out FILE [options]
        viewer [ARG] --overview PAGE --out FILE [options]
        viewer [ARG] --list
+       viewer [ARG] --table KIND [--csv FILE]
        viewer [ARG] --particles NNNN|PATH [--plane A:B ...] [--slices N] [--sheet]
                     [--out FILE] [options]
        viewer --study [DIR ...] [--figures A,B,...] [--sort F] [--front A,B[,C]]
@@ -27,6 +28,9 @@ without a window. ARG names project and run as for the interactive viewer
                        .png (several plots: NAME.png, NAME_2.png, ...), .pdf
   --list               the rows this run offers, with their PAGE:ROW, and its
                        particle files: name, z [m], particles, active
+  --table KIND         the run's table of that kind (Xemit, ref, track, ...)
+                       as the viewer reads it: CSV, one column a field with
+                       its unit, to standard output or to --csv FILE
   --projects           the projects with run tables in this directory, their
                        runs and the tables of each run
   --zoom LOW:HIGH      the abscissa window of each plot's family

@@ -149,6 +149,21 @@ const RunKind* kind_of_stem(std::string_view stem) {
     return best;
 }
 
+const RunKind* kind_named(std::string_view name) {
+    if (name.starts_with('.')) name.remove_prefix(1);
+    for (const RunKind& k : kCatalogue) {
+        const std::string_view suffix = std::string_view(k.suffix).substr(1);
+        if (name == suffix || (suffix == "lab-E" && name == "lab_E")) return &k;
+    }
+    return nullptr;
+}
+
+std::string kind_names() {
+    std::string all;
+    for (const RunKind& k : kCatalogue) all += (all.empty() ? "" : ", ") + std::string(k.suffix + 1);
+    return all;
+}
+
 std::string run_file_name(const RunKind& k, std::string_view project, std::string_view run) {
     return std::string(project) + k.suffix + std::string(run.substr(0, 4));
 }
@@ -177,10 +192,8 @@ bool RunRecord::read(TableFile& f) {
                               kind_.logical ? &logical_ : nullptr);
         case RecordForm::free:
             return read_free(f, std::span<const FreeField>(targets_));
-        case RecordForm::a80: {
-            std::string_view line;
-            return f.next_line(line);
-        }
+        case RecordForm::a80:
+            return read_a80(f, text_);
     }
     return false;
 }

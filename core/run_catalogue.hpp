@@ -90,6 +90,12 @@ const RunKind& run_kind(Kind k);
 // The kind whose suffix ends `stem` (longest suffix first), or null.
 const RunKind* kind_of_stem(std::string_view stem);
 
+// The kind a user names: its suffix with or without the dot ("Xemit",
+// ".lab-E"); "lab_E" as the enumeration spells it. Null for any other name.
+const RunKind* kind_named(std::string_view name);
+// "Xemit, Yemit, ...": every kind as kind_named takes it.
+std::string kind_names();
+
 // The file name of a kind for a project and a run ("rfgun", ".001").
 std::string run_file_name(const RunKind& k, std::string_view project, std::string_view run);
 
@@ -153,6 +159,7 @@ public:
     int integer(int field) const { return ints_[static_cast<std::size_t>(field)]; }
     double real64(int field) const { return doubles_[static_cast<std::size_t>(field)]; }
     bool logical() const { return logical_; }
+    const std::string& text() const { return text_; }  // a line of a text kind, 80 characters
     const RunKind& kind() const { return kind_; }
 
 private:
@@ -161,6 +168,7 @@ private:
     std::array<int, kMaxRecordFields> ints_{};
     std::array<double, kMaxRecordFields> doubles_{};
     bool logical_ = false;
+    std::string text_;
     std::vector<FreeField> targets_;  // free records: where each item goes
 };
 

@@ -47,6 +47,10 @@ public:
     TableFile& operator=(const TableFile&) = delete;
 
     bool open(const std::string& path);  // false if it cannot be opened or is a directory
+    // Only the bytes [from, to) of the file, as if they were all of it: a
+    // piece of a large table read beside the other pieces. Line numbers count
+    // from the piece's start.
+    bool open(const std::string& path, std::uint64_t from, std::uint64_t to);
     void close();
     bool is_open() const { return fd_ >= 0; }
     void rewind();
@@ -69,6 +73,8 @@ private:
     std::uint64_t bytes_read_ = 0;
     long line_no_ = 0;
     bool ended_ = true;
+    std::uint64_t from_ = 0, to_ = UINT64_MAX;  // the piece of the file
+    std::uint64_t pos_ = 0;                     // where the next read starts
 };
 
 // Fixed record: `reals.size()` fields of `width` columns (E12.4 reading

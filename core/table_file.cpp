@@ -31,6 +31,10 @@ TableFile::~TableFile() {
 }
 
 bool TableFile::open(const std::string& path) {
+    return open(path, 0, UINT64_MAX);
+}
+
+bool TableFile::open(const std::string& path, std::uint64_t from, std::uint64_t to) {
     close();
     int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) return false;
@@ -41,10 +45,13 @@ bool TableFile::open(const std::string& path) {
     }
     fd_ = fd;
     name_ = path;
+    from_ = from;
+    to_ = std::max(from, to);
     // A small table needs no full block; a long line of the previous file
     // need not stay in memory. A table that grows later is read in the
     // smaller pieces, and a line longer than the buffer still grows it.
-    const auto size = static_cast<std::size_t>(st.st_size > 0 ? st.st_size : 0);
+    const auto size = static_cast<std::size_t>(
+        std::min<std::uint64_t>(st.st_size > 0 ? static_cast<std::uint64_t>(st.st_size) : 0, to_ - from_));
     const std::size_t want = std::clamp<std::size_t>(size + 1, kMinBlock, kBlock);
     if (buf_.size() < want || buf_.size() > kBlock) std::vector<char>(want).swap(buf_);
     rewind();
@@ -60,11 +67,14 @@ void TableFile::close() {
     eof_ = false;
     line_no_ = 0;
     ended_ = true;
+    from_ = pos_ = 0;
+    to_ = UINT64_MAX;
 }
 
 void TableFile::rewind() {
     if (fd_ < 0) return;
-    ::lseek(fd_, 0, SEEK_SET);
+    ::lseek(fd_, static_cast<off_t>(from_), SEEK_SET);
+    pos_ = from_;
     begin_ = end_ = 0;
     eof_ = false;
     line_no_ = 0;
@@ -79,10 +89,11 @@ bool TableFile::fill() {
         begin_ = 0;
     }
     if (end_ == buf_.size()) buf_.resize(buf_.size() * 2);  // a line longer than the buffer
-    ssize_t got;
-    do {
-        got = ::read(fd_, buf_.data() + end_, buf_.size() - end_);
-    } while (got < 0 && errno == EINTR);
+    const std::size_t room =
+        static_cast<std::size_t>(std::min<std::uint64_t>(buf_.size() - end_, to_ - pos_));
+    ssize_t got = 0;
+    while (room > 0 && (got = ::read(fd_, buf_.data() + end_, room)) < 0 && errno == EINTR) {
+    }
     if (got < 0)
         throw RecordError(name_, line_no_ + 1, 0, std::string("read error: ") + std::strerror(errno));
     if (got == 0) {
@@ -90,6 +101,7 @@ bool TableFile::fill() {
         return false;
     }
     end_ += static_cast<std::size_t>(got);
+    pos_ += static_cast<std::uint64_t>(got);
     bytes_read_ += static_cast<std::uint64_t>(got);
     return true;
 }
@@ -119,7 +131,7 @@ bool TableFile::next_line(std::string_view& line) {
         if (len > 0 && start[len - 1] == '\r') --len;
         line = std::string_view(start, len);
         // An editor's byte order mark would shift every column of the first line.
-        if (line_no_ == 0 && line.starts_with("\xEF\xBB\xBF")) line.remove_prefix(3);
+        if (line_no_ == 0 && from_ == 0 && line.starts_with("\xEF\xBB\xBF")) line.remove_prefix(3);
         ++line_no_;
         return true;
     }

@@ -13,8 +13,9 @@ declare -A allowed=(
   [particles]="core fitting plot particles"
   [app]="core fitting plot evolution analysis particles app"
   [web]="core fitting plot evolution analysis particles app web"
+  [python]="core fitting plot evolution analysis particles app python"
 )
-layers="core fitting plot evolution analysis particles app web tests"
+layers="core fitting plot evolution analysis particles app web python tests"
 
 bad=0
 for layer in "${!allowed[@]}"; do

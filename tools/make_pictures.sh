@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The pictures of the README, made from the bundled example: the overview
 # sheet of page 1, runs 1 to 3 of the beam size, the density of a particle
-# file and its slices (the export), the menu
+# file and its slices (the export), the tour notebook, the menu
 # window beside a plot (the viewer under an Xvfb of its own, screenshot),
 # and the browser view (headless Chromium). Each under 150 kB.
 #   tools/make_pictures.sh [OUTDIR]      (default docs/; the viewer from build/)
@@ -27,6 +27,14 @@ small "$WORK/runs.png" 80% "$OUT/runs.png"
 small "$WORK/particles.png" 80% "$OUT/particles.png"
 "$VIEWER" rfgun,1 --particles 0500 --slices 25 --out "$WORK/slices.png" --size 1000x700 >/dev/null
 small "$WORK/slices.png" 80% "$OUT/slices.png"
+
+# The tour notebook, its first cells run by the module of the same build.
+PYTHONPATH="$(dirname "$VIEWER")/python" /usr/bin/python3 "$SRC/tools/notebook_picture.py" \
+  "$SRC/examples/tour.ipynb" "$RUN" "$WORK/notebook.html"
+chromium --headless --no-sandbox --disable-gpu --hide-scrollbars --window-size=1040,900 \
+  --user-data-dir="$WORK/chromium-notebook" --screenshot="$WORK/notebook.png" "file://$WORK/notebook.html" \
+  >/dev/null 2>&1 || fail "chromium took no screenshot of the notebook"
+small "$WORK/notebook.png" 70% "$OUT/notebook.png"
 
 # The windows: the menu beside the beam size drawn from a click. Without a
 # window manager the two overlap: the plot window is moved clear of the menu

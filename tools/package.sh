@@ -5,6 +5,6 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 bash tools/setup.sh >/dev/null
 cmake -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
-cmake --build build -j"$(nproc 2>/dev/null || echo 2)" --target viewer >/dev/null
+cmake --build build -j"$(nproc 2>/dev/null || echo 2)" --target viewer _viewer >/dev/null
 (cd build && cpack -G DEB >/dev/null)
 ls build/viewer_*.deb

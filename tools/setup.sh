@@ -11,7 +11,9 @@ fi
 
 packages=(pgplot5 xvfb xdotool x11-utils ghostscript cmake g++ make libgtest-dev libbenchmark-dev clang-format clang
   libclang-rt-14-dev nlohmann-json3-dev libcpp-httplib-dev chromium chromium-driver python3-selenium groff-base man-db
-  dpkg-dev imagemagick pkg-config file curl)
+  dpkg-dev imagemagick pkg-config file curl
+  pybind11-dev python3-pybind11 python3-dev python3-numpy python3-pandas python3-pytest python3-nbclient
+  python3-ipykernel python3-nbformat)
 
 missing=()
 for p in "${packages[@]}"; do

@@ -25,9 +25,7 @@ public:
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::time_t t = std::time(nullptr);
-    std::tm now{};
-    localtime_r(&t, &now);
+    const std::tm now = viewer::clock_now();
     auto graphics = viewer::make_pgplot_graphics();
 
     if (viewer::wants_export(argc, argv)) {

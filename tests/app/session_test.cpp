@@ -252,6 +252,8 @@ TEST(Export, RequestsThatCannotBeServed) {
         {"--out a.gif", -1, "must end in .ps, .eps, .png or .pdf"}, {"--plot 1:1 p", -1, "the run argument comes first"},
         {"--bins 0", -1, "--bins takes a number from 1 to 3200"}, {"--fit 16", -1, "--fit takes a fit of the fit menu"},
         {"--plot 1:1 --out a.eps --plot 1:2", -1, "an .eps file holds one page"},
+        {"--table Foo", -1, "--table takes a table kind, one of Xemit, Yemit,"}, {"p --table ref", 1, "no table p.ref.001"},
+        {"p --table Xemit --plot 1:1", -1, "--table goes alone"}, {"p,2 --table Xemit", 1, "p.Xemit.002, line 3, column 13"},
     };
     // clang-format on
     for (auto [args, status, words] : cases) {

@@ -28,6 +28,14 @@ installed() {
   [ -s "$WORK/run/plot.png" ] || fail "$1 wrote no plot"
 }
 installed "$WORK/prefix/bin/viewer"
+# The notebook module, where it was built: imported from the installed tree, drawing a row.
+module=$(ls "$BUILD"/python/viewer/_viewer*.so 2>/dev/null || true)
+imports() {
+  (cd "$WORK/run" && PYTHONPATH="$1" /usr/bin/python3 -c \
+    'import viewer; assert viewer.Run(".", "rfgun", 1).plot("1:2").png[:4] == b"\x89PNG"; print(viewer.__file__)') |
+    grep -q "^$1/viewer/__init__.py$" || fail "the module under $1 does not import and draw"
+}
+[ -z "$module" ] || imports "$WORK/prefix/lib/python3/dist-packages"
 
 warnings=$(groff -ww -z -man "$SRC/docs/viewer.1" 2>&1)
 [ -z "$warnings" ] || fail "the manual page: $warnings"
@@ -37,11 +45,12 @@ if command -v dpkg-deb >/dev/null && command -v cpack >/dev/null; then
   (cd "$BUILD" && cpack -G DEB -B "$WORK/deb" >"$WORK/cpack.log" 2>&1) || fail "cpack -G DEB: $(cat "$WORK/cpack.log")"
   deb=$(ls "$WORK"/deb/viewer_*.deb)
   depends=$(dpkg-deb --field "$deb" Depends)
-  for p in pgplot5 ghostscript libcpp-httplib; do
+  for p in pgplot5 ghostscript libcpp-httplib ${module:+python3-numpy}; do
     grep -q "$p" <<<"$depends" || fail "the package does not depend on $p: $depends"
   done
   dpkg -x "$deb" "$WORK/root"
   installed "$WORK/root/usr/bin/viewer"
+  [ -z "$module" ] || imports "$WORK/root/usr/lib/python3/dist-packages"
   [ -f "$WORK/root/usr/share/man/man1/viewer.1.gz" ] || fail "the package has no manual page"
   gzip -t "$WORK/root/usr/share/man/man1/viewer.1.gz" || fail "the manual page is no gzip file"
 fi

@@ -11,7 +11,7 @@ VIEWER=$VIEWER bash "$SRC/tools/make_pictures.sh" "$OUT" >"$OUT/log" 2>&1 || {
   echo "FAIL: tools/make_pictures.sh no longer runs" >&2
   exit 1
 }
-for p in overview runs particles slices windows browser; do
+for p in overview runs particles slices notebook windows browser; do
   [ "$(head -c 8 "$OUT/$p.png" | od -An -tx1 | tr -d ' ')" = 89504e470d0a1a0a ] || {
     echo "FAIL: $p.png is not a PNG" >&2
     exit 1
