@@ -72,8 +72,13 @@ void list_particle_files(Session& s) {
 ParticleJob::ParticleJob(Session& s, const ExportRequest& r, std::ostream& err)
     : s_(s), r_(r), path_(particle_file_path(s, r.particles)), reader_(open_reader(path_)) {
     name_ = fs::path(path_).filename().string();
+    // The first pass keeps the coordinates of the planes asked for, which
+    // then need no second.
+    std::vector<Plane> planes;
+    for (const ParticleView& v : views())
+        if (v.kind == ParticleView::plane) planes.push_back(v.p);
     try {
-        scan_ = scan_particles(*reader_);
+        scan_ = scan_particles(*reader_, planes);
     } catch (const ParticleError& e) {
         throw ExportFailure(e.what());
     }

@@ -1,5 +1,7 @@
 // Particle files: the statistics of a bunch of 10^6 particles beside a plain
-// block read of the same bytes, and the line parser alone. The file is
+// block read of the same bytes, the density picture of x:x' (one pass that
+// keeps x and px, then the bins) on one thread and on two, and the line
+// parser alone. The file is
 // written into a temporary directory when the benchmark binary starts, in
 // the tracker's 20-column form: x y z px py pz clock charge, species, flag.
 #include <benchmark/benchmark.h>
@@ -17,8 +19,10 @@
 #include <vector>
 
 #include "bench/bench_support.hpp"
+#include "bench/null_graphics.hpp"
 #include "core/fortran_format.hpp"
 #include "core/particles.hpp"
+#include "particles/views.hpp"
 #include "tests/support/temp_dir.hpp"
 
 namespace {
@@ -115,6 +119,28 @@ void BM_particle_statistics(benchmark::State& state) {
     state.counters["peak_RSS_MiB"] = peak_memory_mib();
 }
 
+// The density picture of x:x' as the export draws it, its graphics drawing
+// nowhere: the file read once in `threads` parts, keeping x and px, then
+// binned.
+void BM_particle_density_plane(benchmark::State& state) {
+    const Bunch& b = bunch();
+    viewer::NullGraphics g;
+    viewer::QuietSession q(g, b.scratch.path);
+    const viewer::Plane xxp{viewer::Coord::x, viewer::Coord::xp};
+    reset_peak_memory();
+    bool density = false;
+    for (auto _ : state) {
+        viewer::ParticleReader f(b.path);
+        f.use_threads(static_cast<int>(state.range(0)));
+        const viewer::ParticleScan scan = viewer::scan_particles(f, {&xxp, 1});
+        density = viewer::draw_plane(q.s, f, scan, xxp, {}).density && scan.kept;
+    }
+    if (!density) state.SkipWithError("not a density picture from the kept coordinates");
+    state.SetItemsProcessed(state.iterations() * kParticles);
+    state.SetBytesProcessed(state.iterations() * b.bytes);
+    state.counters["peak_RSS_MiB"] = peak_memory_mib();
+}
+
 // The same bytes through read() in blocks of the reader's size, nothing parsed.
 void BM_plain_read_particles(benchmark::State& state) {
     viewer::bench::plain_read(state, bunch().path, bunch().bytes);
@@ -144,7 +170,14 @@ void BM_parse_particle_line(benchmark::State& state) {
     state.SetBytesProcessed(bytes);
 }
 
-BENCHMARK(BM_particle_statistics)->Unit(benchmark::kMillisecond);
+// Wall time: the reading runs on threads besides the benchmark's own.
+BENCHMARK(BM_particle_statistics)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_particle_density_plane)
+    ->ArgName("threads")
+    ->Arg(1)
+    ->Arg(2)
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_plain_read_particles)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_parse_particle_line);
 

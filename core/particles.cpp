@@ -27,6 +27,13 @@ std::string shown(double v) {
     return std::string(b, std::to_chars(b, b + sizeof b, v).ptr);
 }
 
+// v as an int when a whole number within 10^6 of zero; bounded first, as no double past int converts.
+inline bool whole(double v, int& out) {
+    if (!(std::abs(v) <= 1e6)) return false;
+    out = static_cast<int>(v);
+    return out == v;
+}
+
 // Eight ASCII digits at p as their value, or -1 when one is no digit.
 inline long long eight_digits(const char* p) {
     std::uint64_t v;
@@ -70,6 +77,16 @@ inline bool fast_decimal(const char* b, const char* e, double& out) {
     const double v = static_cast<double>(m);
     out = number::with_sign(
         k >= 0 ? v * number::Exact<double>::pow10[k] : v / number::Exact<double>::pow10[-k], neg);
+    return true;
+}
+
+// A whole number of up to nine digits (species, flag), exact as a double;
+// "-0" is left to the general path, which keeps its sign.
+inline bool small_integer(const char* b, const char* e, double& out) {
+    int i = 0;
+    const auto [end, ec] = std::from_chars(b, e, i);
+    if (ec != std::errc() || end != e || e - b > 10 || (i == 0 && *b == '-')) return false;
+    out = i;
     return true;
 }
 
@@ -172,7 +189,7 @@ void parse_particle_line(std::string_view line, std::array<double, 10>& v, const
             throw ParticleError(at_line(file, line_no) + "more than 10 numbers where a particle has 10");
         const char* b = p;
         while (p < e && !is_separator(*p)) ++p;
-        if (!fast_decimal(b, p, d) && !number::parse_number(b, p, 0, d))
+        if (!small_integer(b, p, d) && !fast_decimal(b, p, d) && !number::parse_number(b, p, 0, d))
             throw ParticleError(file + ", line " + std::to_string(line_no) + ", column " +
                                 std::to_string(b - line.data() + 1) + ": cannot read a number from \"" +
                                 std::string(b, p) + "\"");
@@ -195,7 +212,7 @@ ParticleReader::ParticleReader(const std::string& path) {
     rewind();
 }
 
-Particle ParticleReader::from(const std::array<double, 10>& v, bool reference) const {
+Particle ParticleReader::from(const std::array<double, 10>& v, bool reference, long line_no) const {
     Particle p;
     p.x = v[0];
     p.y = v[1];
@@ -205,15 +222,12 @@ Particle ParticleReader::from(const std::array<double, 10>& v, bool reference) c
     p.pz = reference ? v[5] : ref_.pz + v[5];
     p.clock = reference ? v[6] : ref_.clock + v[6];
     p.charge = v[7];
-    // Bounded before the casts: a double past the range of int does not convert.
-    if (v[8] != std::floor(v[8]) || std::abs(v[8]) > 1e6 || rest_energy_ev(static_cast<int>(v[8])) == 0)
-        throw ParticleError(at_line(f_.name(), f_.line_number()) + "unknown species index " + shown(v[8]) +
+    if (!whole(v[8], p.species) || rest_energy_ev(p.species) == 0)
+        throw ParticleError(at_line(f_.name(), line_no) + "unknown species index " + shown(v[8]) +
                             " (1 electron, 2 positron, 3 proton, 4 hydrogen ion)");
-    p.species = static_cast<int>(v[8]);
-    if (v[9] != std::floor(v[9]) || std::abs(v[9]) > 1e6)
-        throw ParticleError(at_line(f_.name(), f_.line_number()) + "the status flag " + shown(v[9]) +
+    if (!whole(v[9], p.flag))
+        throw ParticleError(at_line(f_.name(), line_no) + "the status flag " + shown(v[9]) +
                             " is no whole number");
-    p.flag = static_cast<int>(v[9]);
     return p;
 }
 
@@ -236,8 +250,11 @@ bool ParticleReader::next(Particle& p) {
         return false;
     }
     const bool reference = first_;
-    p = from(v, reference);
-    if (reference) ref_ = p;
+    p = from(v, reference, f_.line_number());
+    if (reference) {
+        ref_ = p;
+        ref_line_ = f_.line_number();
+    }
     first_ = false;
     return true;
 }
@@ -263,17 +280,15 @@ void ParticleCounts::add(const Particle& p) {
 BunchMoments::BunchMoments(const Particle& reference) : ref_(reference), ref_e_(reference.kinetic_ev()) {}
 
 void BunchMoments::add(const Particle& p) {
+    add(p, p.active() ? p.kinetic_ev() : 0);
+}
+
+void BunchMoments::add(const Particle& p, double e_kin) {
     counts_.add(p);
     if (!p.active()) return;
     const double w = p.charge;
-    const double d[N] = {p.x - ref_.x,
-                         p.y - ref_.y,
-                         p.z - ref_.z,
-                         p.px - ref_.px,
-                         p.py - ref_.py,
-                         p.pz - ref_.pz,
-                         p.kinetic_ev() - ref_e_,
-                         p.clock - ref_.clock};
+    const double d[N] = {p.x - ref_.x,   p.y - ref_.y,   p.z - ref_.z,   p.px - ref_.px,
+                         p.py - ref_.py, p.pz - ref_.pz, e_kin - ref_e_, p.clock - ref_.clock};
     w_ += w;
     for (int k = 0; k < N; ++k) s_[k] += w * d[k];
     q_[0] += w * d[X] * d[X];
@@ -357,15 +372,6 @@ BunchStats BunchMoments::stats() const {
     s.pz_avg = pz * 1e-6;
     s.beta_avg = pz / std::sqrt(pz * pz + mc * mc);
     return s;
-}
-
-ParticleSummary summarise_particles(const std::string& path) {
-    ParticleReader f(path);
-    BunchMoments m(f.reference());
-    for (Particle p; f.next(p);) m.add(p);
-    ParticleSummary out{path, m.stats(), f.cut_short(), f.cut_short() ? f.line_number() : 0};
-    if (out.stats.counts.active == 0) throw ParticleError(path + ": no active particle");
-    return out;
 }
 
 std::vector<ParticleFileName> particle_files(const std::string& dir, const std::string& project,

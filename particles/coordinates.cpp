@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <ostream>
 
 #include "core/fortran_format.hpp"
@@ -27,33 +28,34 @@ constexpr CoordSpec kSpecs[kCoords] = {
     {Coord::t, "t", "t [ps]", "ps"},
 };
 
+// What the first pass may keep for the planes asked for, over all its
+// parts: three floats a particle for one plane, 12 MB for 10^6 particles.
+constexpr std::size_t kKeptBytes = std::size_t{32} << 20;
+
 std::size_t at(Coord c) {
     return static_cast<std::size_t>(c);
 }
 
-// What the first pass keeps of a coordinate before <pz> and <E> are known:
-// px, py and E stand in for xp, yp and dE, which follow from them linearly.
-double raw(Coord c, const Particle& p, const ParticleScan& sc) {
+// A coordinate before <pz> and <E> are known: px, py and E stand in for xp,
+// yp and dE, which follow from them linearly. Each rises with its quantity,
+// so the extremes of a quantity give those of its coordinates.
+double raw(Coord c, double q, const ParticleScan& sc) {
     switch (c) {
         case Coord::x:
-            return p.x * 1e3;
         case Coord::y:
-            return p.y * 1e3;
+            return q * 1e3;
         case Coord::z:
-            return (p.z - sc.ref_z) * 1e3;
+            return (q - sc.ref_z) * 1e3;
         case Coord::xp:
         case Coord::px:
-            return p.px * 1e-6;
         case Coord::yp:
         case Coord::py:
-            return p.py * 1e-6;
         case Coord::pz:
-            return p.pz * 1e-6;
         case Coord::E:
         case Coord::dE:
-            return p.kinetic_ev() * 1e-6;
+            return q * 1e-6;
         case Coord::t:
-            return (p.clock - sc.ref_clock) * 1e3;
+            return (q - sc.ref_clock) * 1e3;
     }
     return 0;
 }
@@ -68,6 +70,48 @@ double finish(Coord c, double v, const BunchStats& s) {
         default:
             return v;
     }
+}
+
+using Extremes = std::array<std::pair<double, double>, particle_views::kFields>;
+
+// The first pass over one part of the file: moments, the extremes of every
+// quantity of the active particles and of the others, and what the planes
+// to keep need.
+struct ScanFill {
+    BunchMoments m;
+    Extremes active, others;
+    std::optional<particle_views::KeptParticles> kept;
+
+    void add(const Particle& p) {
+        const particle_views::Quantities q = particle_views::quantities(p);
+        m.add(p, q[particle_views::fE]);
+        auto& r = p.active() ? active : others;
+        for (std::size_t k = 0; k < q.size(); ++k) {
+            r[k].first = std::min(r[k].first, q[k]);
+            r[k].second = std::max(r[k].second, q[k]);
+        }
+        if (kept) kept->add(q, p.active() ? static_cast<float>(std::abs(p.charge)) : -1.0f);
+    }
+    std::size_t bytes() const { return sizeof(ScanFill); }  // nothing kept yet
+    void merge(ScanFill&& o) {
+        m.merge(o.m);
+        for (auto [r, q] : {std::pair{&active, &o.active}, std::pair{&others, &o.others}})
+            for (std::size_t k = 0; k < r->size(); ++k) {
+                (*r)[k].first = std::min((*r)[k].first, (*q)[k].first);
+                (*r)[k].second = std::max((*r)[k].second, (*q)[k].second);
+            }
+        if (kept) kept->merge(std::move(*o.kept));
+    }
+};
+
+// The quantities of the planes to keep, each once.
+std::vector<particle_views::Field> fields_of(std::span<const Plane> planes) {
+    std::vector<particle_views::Field> out;
+    for (const Plane& p : planes)
+        for (Coord c : {p.a, p.b})
+            if (std::find(out.begin(), out.end(), particle_views::field_of(c)) == out.end())
+                out.push_back(particle_views::field_of(c));
+    return out;
 }
 
 }  // namespace
@@ -97,10 +141,10 @@ std::optional<Plane> parse_plane(std::string_view text) {
 }
 
 double ParticleScan::value(Coord c, const Particle& p) const {
-    return finish(c, raw(c, p, *this), stats);
+    return particle_views::coordinate(*this, c, particle_views::field(p, particle_views::field_of(c)));
 }
 
-ParticleScan scan_particles(ParticleReader& f) {
+ParticleScan scan_particles(ParticleReader& f, std::span<const Plane> keep) {
     ParticleScan sc;
     const Particle& ref = f.reference();
     sc.reference = ref;
@@ -108,35 +152,108 @@ ParticleScan scan_particles(ParticleReader& f) {
     sc.ref_clock = ref.clock;
     sc.ref_e = ref.kinetic_ev();
     constexpr double inf = std::numeric_limits<double>::infinity();
-    sc.active.fill({inf, -inf});
-    sc.others.fill({inf, -inf});
-    BunchMoments m(ref);
-    particle_views::each_particle(f, [&](const Particle& p) {
-        m.add(p);
-        auto& r = p.active() ? sc.active : sc.others;
-        for (int k = 0; k < kCoords; ++k) {
-            const double v = raw(static_cast<Coord>(k), p, sc);
-            auto& [lo, hi] = r[static_cast<std::size_t>(k)];
-            lo = std::min(lo, v);
-            hi = std::max(hi, v);
-        }
-    });
-    sc.stats = m.stats();
+    const int parts = f.threads();
+    ScanFill fill{BunchMoments(ref), {}, {}, std::nullopt};
+    fill.active.fill({inf, -inf});
+    fill.others.fill({inf, -inf});
+    if (!keep.empty()) fill.kept.emplace(ref, fields_of(keep), kKeptBytes / static_cast<std::size_t>(parts));
+    particle_views::fill_from(f, fill, parts);
+    sc.stats = fill.m.stats();
     sc.cut_short = f.cut_short();
     if (sc.stats.counts.active == 0) throw ParticleError(f.name() + ": no active particle");
-    for (auto* r : {&sc.active, &sc.others})
+    for (auto [to, from] : {std::pair{&sc.active, &fill.active}, std::pair{&sc.others, &fill.others}})
         for (int k = 0; k < kCoords; ++k) {
-            auto& [lo, hi] = (*r)[static_cast<std::size_t>(k)];
-            if (lo > hi) continue;  // none of these particles
-            const double a = finish(static_cast<Coord>(k), lo, sc.stats);
-            const double b = finish(static_cast<Coord>(k), hi, sc.stats);
-            lo = std::min(a, b);
-            hi = std::max(a, b);
+            const auto c = static_cast<Coord>(k);
+            const auto [lo, hi] = (*from)[static_cast<std::size_t>(particle_views::field_of(c))];
+            if (lo > hi) {  // none of these particles
+                (*to)[at(c)] = {inf, -inf};
+                continue;
+            }
+            const double a = finish(c, raw(c, lo, sc), sc.stats), b = finish(c, raw(c, hi, sc), sc.stats);
+            (*to)[at(c)] = {std::min(a, b), std::max(a, b)};
         }
+    if (fill.kept && !fill.kept->dropped())
+        sc.kept = std::make_shared<const particle_views::KeptParticles>(std::move(*fill.kept));
     return sc;
 }
 
 namespace particle_views {
+
+Field field_of(Coord c) {
+    static constexpr Field kField[kCoords] = {fx, fy, fz, fpx, fpy, fpx, fpy, fpz, fE, fE, ft};
+    return kField[at(c)];
+}
+
+double field(const Particle& p, Field f) {
+    switch (f) {
+        case fx:
+            return p.x;
+        case fy:
+            return p.y;
+        case fz:
+            return p.z;
+        case fpx:
+            return p.px;
+        case fpy:
+            return p.py;
+        case fpz:
+            return p.pz;
+        case fE:
+            return p.kinetic_ev();
+        case ft:
+            return p.clock;
+    }
+    return 0;
+}
+
+Quantities quantities(const Particle& p) {
+    return {p.x, p.y, p.z, p.px, p.py, p.pz, p.kinetic_ev(), p.clock};
+}
+
+double coordinate(const ParticleScan& sc, Coord c, double quantity) {
+    return finish(c, raw(c, quantity, sc), sc.stats);
+}
+
+KeptParticles::KeptParticles(const Particle& reference, std::vector<Field> fields, std::size_t budget)
+    : fields_(std::move(fields)), ref_(quantities(reference)), budget_(budget) {}
+
+std::size_t KeptParticles::index(Field f) const {
+    return static_cast<std::size_t>(std::find(fields_.begin(), fields_.end(), f) - fields_.begin());
+}
+
+bool KeptParticles::covers(Plane p) const {
+    return !over_ && index(field_of(p.a)) < fields_.size() && index(field_of(p.b)) < fields_.size();
+}
+
+void KeptParticles::add(const Quantities& q, float weight) {
+    if (over_) return;
+    const std::size_t n = fields_.size() + 1;
+    if (blocks_.empty() || blocks_.back().size() + n > blocks_.back().capacity()) {
+        // Blocks, not one vector: growing copies nothing and overshoots by a block at most.
+        constexpr std::size_t kRecords = 1 << 14;
+        if (bytes_ + kRecords * n * sizeof(float) > budget_) {
+            over_ = true;
+            std::vector<std::vector<float>>().swap(blocks_);
+            return;
+        }
+        blocks_.emplace_back().reserve(kRecords * n);
+        bytes_ += kRecords * n * sizeof(float);
+    }
+    std::vector<float>& b = blocks_.back();
+    for (Field f : fields_) b.push_back(static_cast<float>(q[f] - ref_[f]));
+    b.push_back(weight);
+}
+
+void KeptParticles::merge(KeptParticles&& o) {
+    over_ = over_ || o.over_;
+    if (over_) {
+        std::vector<std::vector<float>>().swap(blocks_);
+        return;
+    }
+    bytes_ += o.bytes_;
+    for (std::vector<float>& b : o.blocks_) blocks_.push_back(std::move(b));
+    o.blocks_.clear();
+}
 
 std::pair<float, float> axis_range(const ParticleScan& sc, Coord c, const ViewOptions& o, bool vertical) {
     if (const auto& w = vertical ? o.ywin : o.xwin) return *w;

@@ -79,16 +79,23 @@ int PlaneFill::cell(float v, float lo, float hi) const {
 }
 
 void PlaneFill::add(const Particle& q) {
-    const float a = static_cast<float>(sc_.value(p_.a, q)), b = static_cast<float>(sc_.value(p_.b, q));
+    put(static_cast<float>(sc_.value(p_.a, q)), static_cast<float>(sc_.value(p_.b, q)),
+        q.active() ? static_cast<float>(std::abs(q.charge)) : -1.0f);
+}
+
+void PlaneFill::add(const KeptParticles& k) {
+    k.each(sc_, p_, [this](float a, float b, float w) { put(a, b, w); });
+}
+
+void PlaneFill::put(float a, float b, float w) {
     const int i = cell(a, xr_.first, xr_.second), j = cell(b, yr_.first, yr_.second);
-    if (!q.active()) {
+    if (w < 0) {
         if (o_.lost && i >= 0 && j >= 0) {
             grey_x_.push_back(a);
             grey_y_.push_back(b);
         }
         return;
     }
-    const float w = static_cast<float>(std::abs(q.charge));
     if (i >= 0) hx_[static_cast<std::size_t>(i)] += w;
     if (j >= 0) hy_[static_cast<std::size_t>(j)] += w;
     if (i < 0 || j < 0) return;
@@ -98,6 +105,22 @@ void PlaneFill::add(const Particle& q) {
         x_.push_back(a);
         y_.push_back(b);
     }
+}
+
+void PlaneFill::merge(const PlaneFill& o) {
+    auto add_up = [](std::vector<float>& to, const std::vector<float>& from) {
+        for (std::size_t k = 0; k < to.size(); ++k) to[k] += from[k];
+    };
+    add_up(image_, o.image_);
+    add_up(hx_, o.hx_);
+    add_up(hy_, o.hy_);
+    for (auto [to, from] : {std::pair{&x_, &o.x_}, std::pair{&y_, &o.y_}, std::pair{&grey_x_, &o.grey_x_},
+                            std::pair{&grey_y_, &o.grey_y_}})
+        to->insert(to->end(), from->begin(), from->end());
+}
+
+std::size_t PlaneFill::bytes() const {
+    return (image_.size() + hx_.size() + hy_.size()) * sizeof(float);
 }
 
 void PlaneFill::draw(Session& s) const {
@@ -188,6 +211,10 @@ void HistogramFill::add(const Particle& q) {
         std::abs(q.charge);
 }
 
+void HistogramFill::merge(const HistogramFill& o) {
+    for (std::size_t k = 0; k < h_.size(); ++k) h_[k] += o.h_[k];
+}
+
 void HistogramFill::draw(Session& s) const {
     Graphics& pg = s.pg;
     const double peak = *std::max_element(h_.begin(), h_.end());
@@ -219,7 +246,10 @@ ViewData HistogramFill::data() const {
 
 ViewData draw_plane(Session& s, ParticleReader& f, const ParticleScan& scan, Plane p, const ViewOptions& o) {
     particle_views::PlaneFill fill(scan, p, o);
-    particle_views::each_particle(f, [&](const Particle& q) { fill.add(q); });
+    if (scan.kept && scan.kept->covers(p))
+        fill.add(*scan.kept);
+    else
+        particle_views::fill_from(f, fill);
     DrawBracket bracket(s.pg);
     c_pgsubp(s, 1, 1);
     fill.draw(s);

@@ -19,6 +19,30 @@ const char* axis_label(bool along_z) {
     return along_z ? "z [mm]" : "t [ps]";
 }
 
+// The nine panels of the sheet, filled in one pass.
+struct SheetFill {
+    std::vector<PlaneFill> planes;
+    HistogramFill hx, he;
+    SliceFill slices;
+    void add(const Particle& q) {
+        for (PlaneFill& p : planes) p.add(q);
+        hx.add(q);
+        he.add(q);
+        slices.add(q);
+    }
+    std::size_t bytes() const {
+        std::size_t b = hx.bytes() + he.bytes() + slices.bytes();
+        for (const PlaneFill& p : planes) b += p.bytes();
+        return b;
+    }
+    void merge(const SheetFill& o) {
+        for (std::size_t k = 0; k < planes.size(); ++k) planes[k].merge(o.planes[k]);
+        hx.merge(o.hx);
+        he.merge(o.he);
+        slices.merge(o.slices);
+    }
+};
+
 }  // namespace
 
 SliceFill::SliceFill(const ParticleScan& sc, int n, bool along_z) : sc_(sc), z_(along_z) {
@@ -35,6 +59,10 @@ void SliceFill::add(const Particle& q) {
     const auto k =
         static_cast<std::size_t>(std::clamp((v - lo_) / width_, 0.0, static_cast<double>(m_.size() - 1)));
     m_[k].add(q);
+}
+
+void SliceFill::merge(const SliceFill& o) {
+    for (std::size_t k = 0; k < m_.size(); ++k) m_[k].merge(o.m_[k]);
 }
 
 std::vector<SliceStats> SliceFill::result() const {
@@ -133,7 +161,7 @@ ViewData slice_data(const std::vector<SliceStats>& sl, bool along_z) {
 
 std::vector<SliceStats> slice_bunch(ParticleReader& f, const ParticleScan& scan, int n, bool along_z) {
     particle_views::SliceFill fill(scan, n, along_z);
-    particle_views::each_particle(f, [&](const Particle& q) { fill.add(q); });
+    particle_views::fill_from(f, fill);
     return fill.result();
 }
 
@@ -153,18 +181,15 @@ ViewData draw_sheet(Session& s, ParticleReader& f, const ParticleScan& scan, con
     ViewOptions whole = o;  // the window belongs to one plane, not to nine
     whole.xwin.reset();
     whole.ywin.reset();
-    PlaneFill planes[] = {{scan, {Coord::x, Coord::xp}, whole},
-                          {scan, {Coord::y, Coord::yp}, whole},
-                          {scan, {Coord::z, Coord::dE}, whole},
-                          {scan, {Coord::x, Coord::y}, whole}};
-    HistogramFill hx(scan, Coord::x, whole), he(scan, Coord::E, whole);
-    SliceFill slices(scan, o.slices, o.slice_z);
-    each_particle(f, [&](const Particle& q) {
-        for (PlaneFill& p : planes) p.add(q);
-        hx.add(q);
-        he.add(q);
-        slices.add(q);
-    });
+    SheetFill fill{{{scan, {Coord::x, Coord::xp}, whole},
+                    {scan, {Coord::y, Coord::yp}, whole},
+                    {scan, {Coord::z, Coord::dE}, whole},
+                    {scan, {Coord::x, Coord::y}, whole}},
+                   {scan, Coord::x, whole},
+                   {scan, Coord::E, whole},
+                   {scan, o.slices, o.slice_z}};
+    fill_from(f, fill);
+    const auto& [planes, hx, he, slices] = fill;
     const std::vector<SliceStats> sl = slices.result();
     DrawBracket bracket(s.pg);
     c_pgsubp(s, 3, 3);

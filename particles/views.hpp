@@ -1,11 +1,14 @@
 // Views of one particle file: a phase-space plane with its projections,
-// the bunch cut into slices, and a sheet of nine panels. Each streams the
-// file twice (extremes and moments, then dots or bins), so memory does not
-// grow with the bunch.
+// the bunch cut into slices, and a sheet of nine panels. The first pass
+// finds the extremes and the moments; a plane whose two coordinates it was
+// asked to keep is then drawn from them, any other view streams the file a
+// second time, so memory grows with the bunch only by the floats kept, and
+// those within a bound. Both passes read on the threads the file is worth.
 //
 //   ParticleReader f("gun.0360.001");
-//   ParticleScan scan = scan_particles(f);            // first pass
-//   ViewData d = draw_plane(s, f, scan, {Coord::x, Coord::xp}, {});
+//   const Plane xxp{Coord::x, Coord::xp};
+//   ParticleScan scan = scan_particles(f, {&xxp, 1});   // first pass, keeps x and px
+//   ViewData d = draw_plane(s, f, scan, xxp, {});       // from the kept coordinates
 //
 // Coordinates are in the views' units: x, y, z [mm] (z from the reference
 // particle), xp, yp [mrad], px, py, pz [MeV/c], E [MeV], dE [keV] (from
@@ -13,7 +16,9 @@
 #pragma once
 
 #include <array>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -43,6 +48,10 @@ struct Plane {
 // "x:xp"; nullopt when either name is unknown.
 std::optional<Plane> parse_plane(std::string_view text);
 
+namespace particle_views {
+class KeptParticles;
+}
+
 // The first pass: moments of the active particles, and the extremes of
 // every coordinate of the active and of the others.
 struct ParticleScan {
@@ -52,8 +61,11 @@ struct ParticleScan {
     double value(Coord c, const Particle& p) const;  // in view units
     Particle reference;
     double ref_e = 0, ref_z = 0, ref_clock = 0;  // of the reference particle: eV, m, ns
+    // The coordinates of the planes `keep` named, of every particle; null
+    // when none were asked for or they would take too much memory.
+    std::shared_ptr<const particle_views::KeptParticles> kept;
 };
-ParticleScan scan_particles(ParticleReader& f);
+ParticleScan scan_particles(ParticleReader& f, std::span<const Plane> keep = {});
 
 struct ViewOptions {
     bool colour = true;

@@ -75,7 +75,8 @@ TEST(Example, TheToolWritesTheBundledRun) {
     std::set<std::string> ours, bundled;
     for (const auto& e : fs::directory_iterator(made.path)) ours.insert(e.path().filename().string());
     for (const auto& e : fs::directory_iterator(kExamples))
-        if (e.path().extension() != ".ipynb") bundled.insert(e.path().filename().string());  // the tour, not data
+        if (e.path().extension() != ".ipynb")
+            bundled.insert(e.path().filename().string());  // the tour, not data
     EXPECT_EQ(ours, bundled);
     std::uintmax_t size = 0;
     for (const std::string& f : ours) {

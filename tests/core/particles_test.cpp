@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -194,6 +195,115 @@ TEST(Particles, DamagedFilesAreRefusedWithTheirLine) {
             EXPECT_EQ(s.cut_short, c.cut);
         } catch (const ParticleError& e) {
             EXPECT_EQ(std::string(e.what()), d.path + "/" + c.message);
+        }
+    }
+}
+
+// What a file gives, read as one stream or in parts joined in file order.
+struct Reading {
+    std::vector<std::array<double, 10>> particles;  // x y z px py pz clock charge species flag
+    BunchStats stats;
+    bool cut = false;
+    long cut_line = 0;
+    std::string error;
+};
+
+std::array<double, 10> numbers(const Particle& p) {
+    return {p.x, p.y, p.z, p.px, p.py, p.pz, p.clock, p.charge, double(p.species), double(p.flag)};
+}
+
+// parts 0: next() to the end.
+Reading read_file(const std::string& path, int parts) {
+    Reading r;
+    try {
+        ParticleReader f(path);
+        if (parts == 0) {
+            BunchMoments m(f.reference());
+            for (Particle p; f.next(p);) {
+                r.particles.push_back(numbers(p));
+                m.add(p);
+            }
+            r.stats = m.stats();
+            r.cut_line = f.cut_short() ? f.line_number() : 0;
+        } else {
+            std::vector<std::vector<std::array<double, 10>>> got(static_cast<std::size_t>(parts));
+            std::vector<BunchMoments> m(got.size(), BunchMoments(f.reference()));
+            f.read_in_parts(parts, [&](int k, ParticleBatch b) {
+                for (const Particle& p : b) {
+                    got[static_cast<std::size_t>(k)].push_back(numbers(p));
+                    m[static_cast<std::size_t>(k)].add(p);
+                }
+            });
+            for (std::size_t k = 0; k < got.size(); ++k) {
+                r.particles.insert(r.particles.end(), got[k].begin(), got[k].end());
+                if (k > 0) m[0].merge(m[k]);
+            }
+            r.stats = m[0].stats();
+            r.cut_line = f.cut_line();
+        }
+        r.cut = f.cut_short();
+    } catch (const ParticleError& e) {
+        r = Reading{};  // what came before the error is not the file's
+        r.error = e.what();
+    }
+    return r;
+}
+
+// Read in parts, a file gives what the single stream gives: the same
+// particles in the same order, the same end, the same first bad line.
+TEST(Particles, ReadInPartsAsInOneStream) {
+    std::string bunch = line(1e-3, 0, 2.5, 5e6);
+    for (int i = 1; i < 400; ++i)
+        bunch += line(1e-4 * std::sin(i), 1e3 * std::cos(i), 1e-4 * (i % 13), 1e4 * (i % 7),
+                      -1e-3 * (1 + i % 3), 1, i % 17 == 0 ? -15 : 5, 2e-4 * std::cos(i), 50.0 * i);
+    // `text` with its line `at` (from 1) replaced by `by`
+    auto replaced = [](const std::string& text, int at, const std::string& by) {
+        std::size_t b = 0;
+        for (int k = 1; k < at; ++k) b = text.find('\n', b) + 1;
+        return text.substr(0, b) + by + text.substr(text.find('\n', b));
+    };
+    const std::string alone = line(0, 0, 1, 1e6);
+    std::string crlf;
+    for (char c : bunch) crlf += c == '\n' ? std::string("\r\n\n  \n") : std::string(1, c);
+    const struct Case {
+        const char* what;
+        std::string text;
+        std::size_t particles;  // read by the single stream
+        std::string error;      // where the single stream stops: "line N"
+    } cases[] = {
+        {"a bunch", bunch, 400, ""},
+        {"a byte order mark and blank lines before the reference", "\xEF\xBB\xBF\n \n" + bunch, 400, ""},
+        {"CRLF and blank lines between", crlf, 400, ""},
+        {"a line longer than a read", replaced(bunch, 200, std::string(300000, ' ') + "0 0 0 0 0 0 0 1 1 5"),
+         400, ""},
+        {"cut short", bunch + "1 2 3", 400, ""},
+        {"the reference alone, without its end", alone.substr(0, alone.size() - 1), 1, ""},
+        {"a bad line near the end", replaced(bunch, 390, "1 2 3 4 5 6 7 8 1"), 0, "line 390:"},
+        {"a bad line near the top", replaced(bunch, 3, "1 2 3 4 5 6 7 8 x 5"), 0, "line 3,"},
+        {"an unknown species in the middle", replaced(bunch, 201, "0 0 0 0 0 0 0 1 7 5"), 0, "line 201:"},
+        {"bad lines in two parts: the first counts", replaced(replaced(bunch, 390, "1 2"), 150, "1 2 3"), 0,
+         "line 150:"},
+        {"a bad last line with its end", bunch + "1 2 3\n", 0, "line 401:"},
+    };
+    for (const Case& c : cases) {
+        TempDir d;
+        d.write("f.0001.001", c.text);
+        const Reading one = read_file(d.file("f.0001.001"), 0);
+        EXPECT_EQ(one.particles.size(), c.particles) << c.what;
+        if (c.error.empty())
+            EXPECT_EQ(one.error, "") << c.what;
+        else
+            EXPECT_TRUE(has(one.error, c.error)) << c.what;
+        EXPECT_EQ(one.cut_line, c.text.ends_with("1 2 3") ? 401 : 0) << c.what;
+        for (int parts : {1, 2, 3, 7}) {
+            SCOPED_TRACE(std::string(c.what) + ", parts " + std::to_string(parts));
+            const Reading r = read_file(d.file("f.0001.001"), parts);
+            EXPECT_EQ(r.error, one.error);
+            EXPECT_EQ(r.particles, one.particles);
+            EXPECT_EQ(std::pair(r.cut, r.cut_line), std::pair(one.cut, one.cut_line));
+            EXPECT_EQ(r.stats.counts.total, one.stats.counts.total);
+            EXPECT_NEAR(r.stats.x.emit_n, one.stats.x.emit_n, 1e-9 * std::abs(one.stats.x.emit_n));
+            EXPECT_NEAR(r.stats.de_rms, one.stats.de_rms, 1e-9 * std::abs(one.stats.de_rms));
         }
     }
 }

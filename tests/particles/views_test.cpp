@@ -90,11 +90,72 @@ TEST(ParticleViews, WindowsBinsAndTheGreyRamp) {
     EXPECT_EQ(h.g.named("pgctab").at(0)->args[0], 3);  // white to black
 }
 
+// Within float rounding of the largest of the column.
+::testing::AssertionResult same_columns(const ViewData& got, const ViewData& want) {
+    if (got.header != want.header || got.density != want.density || got.columns.size() != want.columns.size())
+        return ::testing::AssertionFailure() << "another view: " << got.view << " against " << want.view;
+    for (std::size_t c = 0; c < want.columns.size(); ++c) {
+        const std::vector<double>&a = got.columns[c], &b = want.columns[c];
+        if (a.size() != b.size())
+            return ::testing::AssertionFailure()
+                   << "column " << c << ": " << a.size() << " rows, not " << b.size();
+        double scale = 0;
+        for (double v : b) scale = std::max(scale, std::abs(v));
+        for (std::size_t i = 0; i < a.size(); ++i)
+            if (std::abs(a[i] - b[i]) > 1e-5 * scale)
+                return ::testing::AssertionFailure()
+                       << "column " << c << ", row " << i << ": " << a[i] << ", not " << b[i];
+    }
+    return ::testing::AssertionSuccess();
+}
+
+// A plane drawn from the coordinates the first pass kept, or from a second
+// pass read in parts, is the one a second pass in one stream draws.
+TEST(ParticleViews, APlaneIsTheSameHoweverTheFileIsRead) {
+    const struct Case {
+        const char* what;
+        int particles, lost;
+        Plane p;
+    } cases[] = {
+        {"dots of x:x' with the lost", 300, 40, {Coord::x, Coord::xp}},
+        {"dots of y':E", 500, 0, {Coord::yp, Coord::E}},
+        {"a density of t:dE", 12000, 0, {Coord::t, Coord::dE}},
+        {"a density of z:pz with the lost", 12000, 300, {Coord::z, Coord::pz}},
+    };
+    ViewOptions o;
+    o.lost = true;
+    for (const Case& c : cases) {
+        Harness h;
+        h.dir.write("b.0001.001", bunch(c.particles, c.lost));
+        ParticleReader one(h.dir.file("b.0001.001"));
+        one.use_threads(1);
+        const ParticleScan streamed = scan_particles(one);
+        const ViewData want = draw_plane(h.session(), one, streamed, c.p, o);
+        EXPECT_EQ(want.density, c.particles > 10000) << c.what;
+        for (const int threads : {1, 3})
+            for (const bool keep : {false, true}) {
+                SCOPED_TRACE(std::string(c.what) + ", threads " + std::to_string(threads) +
+                             (keep ? ", kept" : ", read again"));
+                ParticleReader f(h.dir.file("b.0001.001"));
+                f.use_threads(threads);
+                const ParticleScan scan =
+                    scan_particles(f, keep ? std::span(&c.p, 1) : std::span<const Plane>());
+                EXPECT_EQ(scan.kept != nullptr, keep);
+                for (std::size_t k = 0; k < kCoords; ++k)
+                    for (const auto& [a, b] : {std::pair{scan.active[k].first, streamed.active[k].first},
+                                               std::pair{scan.active[k].second, streamed.active[k].second}})
+                        EXPECT_NEAR(a, b, 1e-12 * std::abs(b)) << spec_of(static_cast<Coord>(k)).name;
+                EXPECT_TRUE(same_columns(draw_plane(h.session(), f, scan, c.p, o), want));
+            }
+    }
+}
+
 TEST(ParticleViews, SlicesAddUpToTheBunch) {
-    for (const bool along_z : {false, true}) {
+    for (const auto& [along_z, threads] : {std::pair{false, 1}, std::pair{true, 1}, std::pair{false, 3}}) {
         TempDir d;
         d.write("b.0001.001", bunch(997, 13, -3e-4));
         ParticleReader f(d.file("b.0001.001"));
+        f.use_threads(threads);
         const ParticleScan scan = scan_particles(f);
         const auto sl = slice_bunch(f, scan, 17, along_z);
         double q = 0, current_time = 0;
