@@ -133,6 +133,18 @@ void fill(StudyRun& r, StudyCache& cache) {
         r.state = RunState::complete;
 }
 
+// A folder met in the walk, taken unless it leads out of the root by a link or was walked already.
+bool admitted(const fs::path& p, const fs::path& top, std::set<std::string>& seen) {
+    std::error_code ec;
+    if (!fs::is_directory(p, ec)) return false;
+    const fs::path real = fs::canonical(p, ec);
+    if (ec) return false;
+    // a link leading out of the root, or back into a folder seen, is not followed
+    const auto inside = real.lexically_relative(top);
+    if (fs::is_symlink(p, ec) && (inside.empty() || *inside.begin() == "..")) return false;
+    return seen.insert(real.string()).second;
+}
+
 }  // namespace
 
 const std::vector<FigureSpec>& study_figures() {
@@ -228,45 +240,49 @@ std::vector<StudyRun> runs_of_folder(const std::string& root, const std::string&
     return out;
 }
 
+std::vector<std::string> study_folders(const std::string& root, const std::string& from,
+                                       std::set<std::string>& seen, std::ostream& err) {
+    std::error_code ec;
+    if (!fs::is_directory(root, ec)) throw std::runtime_error(root + " is no folder");
+    const fs::path top = fs::canonical(root, ec);
+    int depth = 0;
+    if (from == ".") {
+        seen.insert(top.string());
+    } else {
+        for (const auto& part : fs::path(from).lexically_normal()) depth += !part.empty() && part != ".";
+        if (depth > kMaxDepth || !admitted(fs::path(root) / from, top, seen)) return {};
+    }
+    std::vector<std::string> folders;
+    // depth first, in name order, so the table comes out the same each time
+    std::vector<std::pair<fs::path, int>> todo{{from == "." ? fs::path(root) : fs::path(root) / from, depth}};
+    while (!todo.empty()) {
+        auto [dir, level] = todo.back();
+        todo.pop_back();
+        const std::string rel = dir.lexically_relative(root).string();
+        fs::directory_iterator it(dir, ec);
+        if (ec) {
+            err << "viewer: " << dir.string() << ": " << ec.message() << ", left out\n";
+            continue;
+        }
+        folders.push_back(rel.empty() ? "." : rel);
+        if (level >= kMaxDepth) continue;
+        std::vector<fs::path> subs;
+        for (fs::directory_iterator end; !ec && it != end; it.increment(ec))
+            if (admitted(it->path(), top, seen)) subs.push_back(it->path());
+        std::sort(subs.rbegin(), subs.rend());
+        for (const fs::path& p : subs) todo.push_back({p, level + 1});
+    }
+    return folders;
+}
+
 Study run_study(const std::vector<std::string>& roots, StudyCache& cache, std::ostream& err, int threads) {
     struct Folder {
         std::string root, folder;
     };
     std::vector<Folder> folders;
     for (const std::string& root : roots) {
-        std::error_code ec;
-        if (!fs::is_directory(root, ec)) throw std::runtime_error(root + " is no folder");
-        const fs::path top = fs::canonical(root, ec);
-        std::set<fs::path> seen{top};
-        // depth first, in name order, so the table comes out the same each time
-        std::vector<std::pair<fs::path, int>> todo{{fs::path(root), 0}};
-        while (!todo.empty()) {
-            auto [dir, depth] = todo.back();
-            todo.pop_back();
-            const std::string rel = dir.lexically_relative(root).string();
-            folders.push_back({root, rel.empty() ? "." : rel});
-            if (depth >= kMaxDepth) continue;
-            std::vector<fs::path> subs;
-            fs::directory_iterator it(dir, ec);
-            if (ec) {
-                err << "viewer: " << dir.string() << ": " << ec.message() << ", left out\n";
-                folders.pop_back();
-                continue;
-            }
-            for (fs::directory_iterator end; !ec && it != end; it.increment(ec)) {
-                std::error_code e2;
-                if (!it->is_directory(e2)) continue;
-                const fs::path real = fs::canonical(it->path(), e2);
-                if (e2) continue;
-                // a link leading out of the root, or back into a folder seen, is not followed
-                const auto inside = real.lexically_relative(top);
-                if (it->is_symlink(e2) && (inside.empty() || *inside.begin() == "..")) continue;
-                if (!seen.insert(real).second) continue;
-                subs.push_back(it->path());
-            }
-            std::sort(subs.rbegin(), subs.rend());
-            for (const fs::path& p : subs) todo.push_back({p, depth + 1});
-        }
+        std::set<std::string> seen;
+        for (std::string& f : study_folders(root, ".", seen, err)) folders.push_back({root, std::move(f)});
     }
     // Runs folder by folder on every core; each folder's runs stay together.
     std::vector<std::vector<StudyRun>> per(folders.size());

@@ -12,6 +12,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -82,6 +83,16 @@ struct Study {
 // core). Unreadable folders are named on `err`. Throws std::runtime_error
 // for a root that is no folder.
 Study run_study(const std::vector<std::string>& roots, StudyCache& cache, std::ostream& err, int threads = 0);
+
+// The folders a study reads under `root`, relative to it ("." for the root
+// itself), from `from` down, depth first in name order: 8 levels below the
+// root at most, links to folders followed only inside the root, and none
+// whose real path is in `seen`, which gains those walked. A watch walks a
+// folder made later with the `seen` of its walk so far. Unreadable folders
+// are named on `err` and left out. Throws std::runtime_error for a root that
+// is no folder.
+std::vector<std::string> study_folders(const std::string& root, const std::string& from,
+                                       std::set<std::string>& seen, std::ostream& err);
 
 // The runs of a folder (no walk) with their figures.
 std::vector<StudyRun> runs_of_folder(const std::string& root, const std::string& folder, StudyCache& cache);

@@ -1,6 +1,6 @@
 # Writes OUT, a C++ file that holds the page, script and style of the
 # browser view as byte arrays. Run by the build: cmake -DSRC=DIR -DOUT=FILE -P embed.cmake
-set(entries "index.html|/|text/html" "app.js|/app.js|text/javascript"
+set(entries "index.html|/|text/html" "app.js|/app.js|text/javascript" "pointer.js|/pointer.js|text/javascript"
             "study.js|/study.js|text/javascript" "app.css|/app.css|text/css")
 set(body "// Made by web/embed.cmake from the files under web/assets; not to be edited.\n")
 string(APPEND body "#include \"web/assets.hpp\"\n\nnamespace viewer::web {\nnamespace {\n\n")

@@ -57,6 +57,14 @@ bool pair_of(std::string_view t, char mark, float& a, float& b) {
     return at != std::string_view::npos && real(t.substr(0, at), a) && real(t.substr(at + 1), b);
 }
 
+// A run of the study by its place in /api/study.
+int study_id(std::string_view t) {
+    int id = -1;
+    if (t.size() > 6 || t.find_first_not_of("0123456789") != std::string_view::npos || !whole(t, id))
+        bad("a run of the study is named by its id in /api/study, not \"" + std::string(t) + "\"");
+    return id;
+}
+
 // Reads a parameter both kinds of request take; false when `key` is none of them.
 bool shared_param(const std::string& key, const std::string& value, SharedOptions& o) {
     if (key == "run") {
@@ -76,6 +84,8 @@ bool shared_param(const std::string& key, const std::string& value, SharedOption
             !whole(std::string_view(value).substr(x + 1), o.height) || o.width < 200 || o.width > 4000 ||
             o.height < 200 || o.height > 4000)
             bad("size takes WIDTHxHEIGHT, 200 to 4000 pixels a side, not \"" + value + "\"");
+    } else if (key == "study") {
+        o.study = study_id(value);
     } else {
         return key == "token" || key == "t";  // the door's, and a page's way to ask again
     }
@@ -87,14 +97,6 @@ std::string shared_key(const SharedOptions& o) {
     if (o.zoom) k += "|z" + exact(o.zoom_low) + ":" + exact(o.zoom_high);
     return k + "|b" + std::to_string(o.bins) + "|m" + std::to_string(o.mono) + "|s" +
            std::to_string(o.width) + "x" + std::to_string(o.height);
-}
-
-// A run of the study by its place in /api/study.
-int study_id(std::string_view t) {
-    int id = -1;
-    if (t.size() > 6 || t.find_first_not_of("0123456789") != std::string_view::npos || !whole(t, id))
-        bad("a run of the study is named by its id in /api/study, not \"" + std::string(t) + "\"");
-    return id;
 }
 
 // A figure of the study, with a leading '-' where `signed_` allows it.
@@ -165,8 +167,6 @@ PlotQuery parse_plot_query(std::string_view path, const Params& params) {
                 bad("fit takes a fit of the fit menu, 1 to 11 (0: none), not \"" + value + "\"");
         } else if (key == "geometry") {
             if (!flag(value, q.geometry)) bad("geometry takes 0 or 1, not \"" + value + "\"");
-        } else if (key == "study") {
-            q.study = study_id(value);
         } else if (key == "studies") {
             q.studies.clear();
             for (std::string_view ids = value;;) {
@@ -282,6 +282,7 @@ ParticleQuery parse_particle_query(std::string_view path, const Params& params) 
             bad("unknown parameter \"" + key + "\"");
         }
     }
+    if (q.study >= 0 && q.run >= 0) bad("run and study each name the run: ask with one");
     if (q.sheet + (q.slices > 0) + !q.plane.empty() > 1)
         bad("plane, slices and sheet are a view each: ask for one");
     if (!q.sheet && !q.slices && q.plane.empty()) q.plane = "x:xp";
@@ -289,7 +290,7 @@ ParticleQuery parse_particle_query(std::string_view path, const Params& params) 
 }
 
 std::string ParticleQuery::key() const {
-    std::string k = "v" + file + shared_key(*this) + "|" + plane + "|" + std::to_string(slices) +
+    std::string k = "v" + file + "|a" + arg + shared_key(*this) + "|" + plane + "|" + std::to_string(slices) +
                     (along ? slice_z ? "z" : "t" : "-") + "|" + std::to_string(sheet) + std::to_string(lost);
     if (window)
         k += "|w" + exact(window_x1) + ":" + exact(window_x2) + "," + exact(window_y1) + ":" +

@@ -6,6 +6,7 @@
 //   /api/plot/1:2.png?run=2&zoom=0:1.5&fit=3&size=800x600
 //   /api/overview/1.pdf?runs=1-3&mono=1
 //   /api/particles/2.png?plane=z:dE&lost=1
+//   /api/particles/0.png?study=3    (a file of a run of the study)
 //   /api/plot/1:2.png?studies=0,4   (runs of the study by their ids)
 //   /api/study/scatter.png?x=NX_EMIT&y=E_MEAN&front=NX_EMIT,-E_MEAN
 #pragma once
@@ -39,6 +40,10 @@ struct SharedOptions {
     int bins = 0;
     bool mono = false;
     int width = 0, height = 0;  // 0: the device's own
+    // A run of the study by its id in /api/study (-1: none); the server
+    // turns it into `arg`, "[DIR/]PROJECT,RUN" (empty: the served project).
+    int study = -1;
+    std::string arg;
 };
 
 struct PlotQuery : SharedOptions {
@@ -48,11 +53,9 @@ struct PlotQuery : SharedOptions {
     std::optional<RunList> runs;
     int fit = 0;
     bool geometry = false;
-    // Runs of the study by their ids in /api/study: one shown, or several
-    // laid over each other. The server turns them into `arg` and `runs` items.
-    int study = -1;
+    // Runs of the study by their ids laid over each other (`study` one
+    // shown); the server turns them into `arg` and `runs` items.
     std::vector<int> studies;
-    std::string arg;  // "[DIR/]PROJECT,RUN"; empty: the served project
 
     // The same plot in another form of answer, for the cache's key.
     std::string key() const;
@@ -61,7 +64,7 @@ struct PlotQuery : SharedOptions {
 // One view of a particle file: a plane, the slices or the sheet.
 struct ParticleQuery : SharedOptions {
     int id = -1;        // the file's place in the run's list (/api/particles)
-    std::string file;   // its name, found from the id by the server
+    std::string file;   // its name (in the served directory), found from the id by the server
     std::string plane;  // "x:xp"; empty for the slices and the sheet
     int slices = 0;
     bool slice_z = false;

@@ -147,11 +147,10 @@ Rendered Renderer::draw(const Query& query) {
         query);
     ExportRequest r;
     const int run = q.run >= 0 ? q.run : served_.run;
-    r.arg = served_.project + "," + run_digits(run);
+    r.arg = q.arg.empty() ? served_.project + "," + run_digits(run) : q.arg;
     r.has_arg = true;
     r.window_config = false;  // the directory's own look file is not the server's to read
     if (const auto* p = std::get_if<PlotQuery>(&query)) {
-        if (!p->arg.empty()) r.arg = p->arg;
         if (p->overview)
             r.overview = p->page;
         else
@@ -161,7 +160,7 @@ Rendered Renderer::draw(const Query& query) {
         r.runs = p->runs;
     } else {
         const auto& v = std::get<ParticleQuery>(query);
-        r.particles = v.file;  // a name in the served directory
+        r.particles = v.file;  // a path in the served directory
         if (!v.plane.empty()) r.planes = {v.plane};
         r.slices = v.slices;
         r.slice_z = v.slice_z;

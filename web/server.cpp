@@ -12,12 +12,12 @@
 #include "app/startup.hpp"
 #include "core/particles.hpp"
 #include "web/assets.hpp"
+#include "web/routes.hpp"
 #include "web/study.hpp"
 
 namespace viewer::web {
 namespace {
 
-using json = nlohmann::ordered_json;
 constexpr const char* kText = "text/plain; charset=utf-8";
 
 // The value of cookie `name` in a Cookie header ("a=1; b=2").
@@ -33,6 +33,8 @@ std::string cookie(const std::string& header, const std::string& name) {
     }
     return {};
 }
+
+}  // namespace
 
 Params params_of(const httplib::Request& req) {
     return {req.params.begin(), req.params.end()};
@@ -64,14 +66,6 @@ const StudyRun& study_run(const Study& s, int id) {
         throw QueryError(404, "no run " + std::to_string(id) + " in the study: /api/study lists them");
     return s.runs[static_cast<std::size_t>(id)];
 }
-
-// The run a request is about: the served project's, or one of the study's.
-struct Target {
-    std::string dir, project;
-    int run = 0;
-};
-
-}  // namespace
 
 std::string new_token() {
     unsigned char bytes[16];
@@ -125,13 +119,13 @@ std::size_t AnswerCache::size() const {
 
 FileSummary SummaryCache::of(const std::string& dir, const TableState& f) {
     const std::string state = states({f});
+    const std::string path = dir + "/" + f.file;  // runs of a study in other folders name theirs alike
     {
         std::lock_guard lock(m_);
-        if (const auto at = kept_.find(f.file); at != kept_.end() && at->second.first == state)
+        if (const auto at = kept_.find(path); at != kept_.end() && at->second.first == state)
             return at->second.second;
     }
     FileSummary sum;
-    const std::string path = dir + "/" + f.file;
     try {
         const BunchStats st = summarise_particles(path).stats;
         sum = {st.z_ref, st.counts.total, st.counts.active, {}};
@@ -140,7 +134,7 @@ FileSummary SummaryCache::of(const std::string& dir, const TableState& f) {
         if (sum.error.starts_with(path)) sum.error.replace(0, path.size(), f.file);  // the page knows where
     }
     std::lock_guard lock(m_);
-    kept_[f.file] = {state, sum};
+    kept_[path] = {state, sum};
     return sum;
 }
 
@@ -150,7 +144,8 @@ Server::Server(Served served, std::string token, std::function<std::unique_ptr<G
       token_(std::move(token)),
       http_(std::make_unique<httplib::Server>()),
       renderer_(served_, std::move(graphics)),
-      watcher_(served_.dir, served_.project, poll) {
+      watcher_(served_.dir, served_.project, poll),
+      poll_(poll) {
     // Each open page holds a thread for its events; more threads than cores.
     http_->new_task_queue = [] { return new httplib::ThreadPool(64); };
     // A port another server listens on is refused, not shared.
@@ -180,16 +175,29 @@ void Server::run() {
 
 void Server::stop() {
     watcher_.stop();
+    {
+        std::lock_guard lock(tree_m_);
+        if (tree_) tree_->stop();
+    }
     http_->stop();
 }
 
-Study Server::study() {
-    std::ostringstream unread;  // a folder that cannot be read is left out
-    try {
-        return run_study({served_.dir}, figures_, unread);
-    } catch (const std::runtime_error&) {
-        return {};
-    }
+StudyWatch& Server::tree() {
+    std::lock_guard lock(tree_m_);
+    if (!tree_) tree_ = std::make_unique<StudyWatch>(served_.dir, poll_);
+    return *tree_;
+}
+
+std::shared_ptr<const Study> Server::study() {
+    return tree().study();
+}
+
+Server::Target Server::target(const httplib::Request& req) {
+    if (!req.has_param("study")) return {served_.dir, served_.project, run_of(req, served_.run), {}, {}};
+    if (req.has_param("run")) throw QueryError(400, "run and study each name the run: ask with one");
+    const PlotQuery q = parse_plot_query("/api/plot/1:2.png", {{"study", req.get_param_value("study")}});
+    const StudyRun& r = study_run(*study(), q.study);  // the study is kept by its watch
+    return {r.dir(), r.project, r.run, r.folder, item_of(r) + "," + run_digits(r.run)};
 }
 
 void Server::routes() {
@@ -230,16 +238,7 @@ void Server::routes() {
             res.set_content(std::string(a.body), a.type);
         });
 
-    // `study=ID` names a run of the study; `run=N` one of the served project.
-    const auto target = [this](const httplib::Request& req) {
-        if (!req.has_param("study")) return Target{served_.dir, served_.project, run_of(req, served_.run)};
-        const PlotQuery q = parse_plot_query("/api/plot/1:2.png", {{"study", req.get_param_value("study")}});
-        const Study s = study();  // kept: the run is a reference into it
-        const StudyRun& r = study_run(s, q.study);
-        return Target{r.dir(), r.project, r.run};
-    };
-
-    h.Get("/api/runs", [this, target](const httplib::Request& req, httplib::Response& res) {
+    h.Get("/api/runs", [this](const httplib::Request& req, httplib::Response& res) {
         const Target t = target(req);
         const json j = {{"project", t.project},
                         {"served", req.has_param("study") ? t.run : served_.run},
@@ -251,10 +250,10 @@ void Server::routes() {
     });
 
     h.Get("/api/study", [this](const httplib::Request&, httplib::Response& res) {
-        res.set_content(study_listing(study()), "application/json");
+        res.set_content(study_listing(*study()), "application/json");
     });
 
-    h.Get("/api/rows", [target](const httplib::Request& req, httplib::Response& res) {
+    h.Get("/api/rows", [this](const httplib::Request& req, httplib::Response& res) {
         const Target t = target(req);
         const int run = t.run;
         const Fexist f = tables_present(t.dir, t.project, "." + run_digits(run));
@@ -278,19 +277,12 @@ void Server::routes() {
         res.set_content(json({{"run", run}, {"pages", pages}}).dump(), "application/json");
     });
 
-    // Drawn once for each key; a file that changed since is a new key: never an old answer for new data.
-    const auto draw_once = [this](httplib::Response& res, const std::string& key, const auto& q) {
-        if (auto hit = cache_.find(key)) return answer(res, *hit);
-        auto r = std::make_shared<const Rendered>(renderer_.render(q));
-        answer(res, *r);
-        if (r->status == 200) cache_.put(key, std::move(r));
-    };
-
-    const auto plot = [this, draw_once](const httplib::Request& req, httplib::Response& res) {
+    const auto plot = [this](const httplib::Request& req, httplib::Response& res) {
         PlotQuery q = parse_plot_query(req.path, params_of(req));
         if (q.study >= 0 || !q.studies.empty()) {
             // Ids, never paths: the study's own runs under the served directory.
-            const Study st = study();
+            const auto kept = study();
+            const Study& st = *kept;
             std::string sig;
             const auto take = [&](int id) {
                 const StudyRun& r = study_run(st, id);
@@ -320,65 +312,13 @@ void Server::routes() {
     h.Get(R"(/api/plot/.*)", plot);
     h.Get(R"(/api/overview/.*)", plot);
 
-    h.Get(R"(/api/study/.*)", [this, draw_once](const httplib::Request& req, httplib::Response& res) {
+    event_routes();  // before the scatter's, whose path would take /api/study/events
+    h.Get(R"(/api/study/.*)", [this](const httplib::Request& req, httplib::Response& res) {
         const StudyQuery q = parse_study_query(req.path, params_of(req));
-        draw_once(res, q.key() + "#" + study_signature(study()), q);
+        study();  // what inotify told of is taken in: the count below is that of the study now
+        draw_once(res, q.key() + "#" + std::to_string(tree().changes()), q);
     });
-
-    h.Get("/api/particles", [this](const httplib::Request& req, httplib::Response& res) {
-        const int run = run_of(req, served_.run);
-        json files = json::array();
-        for (const TableState& f : particles_of(served_.dir, served_.project, run)) {
-            const FileSummary sum = summaries_.of(served_.dir, f);
-            json j = {{"id", files.size()}, {"name", f.file}};
-            if (sum.error.empty())
-                j.update({{"z", sum.z}, {"particles", sum.particles}, {"active", sum.active}});
-            else
-                j["error"] = sum.error;
-            j.update({{"size", f.size}, {"modified", static_cast<double>(f.modified_ns) / 1e9}});
-            files.push_back(j);
-        }
-        res.set_content(json({{"run", run}, {"files", files}}).dump(), "application/json");
-    });
-
-    h.Get(R"(/api/particles/.*)", [this, draw_once](const httplib::Request& req, httplib::Response& res) {
-        ParticleQuery q = parse_particle_query(req.path, params_of(req));
-        if (q.run < 0) q.run = served_.run;
-        // The id is a place in the run's list, never a path: nothing else is served.
-        const auto files = particles_of(served_.dir, served_.project, q.run);
-        if (static_cast<std::size_t>(q.id) >= files.size())
-            throw QueryError(404, "no particle file " + std::to_string(q.id) + " in run " +
-                                      run_digits(q.run) + ": /api/particles?run=" + std::to_string(q.run) +
-                                      " lists them");
-        q.file = files[q.id].file;
-        draw_once(res, q.key() + "#" + states({files[q.id]}), q);
-    });
-
-    h.Get("/api/events", [this](const httplib::Request& req, httplib::Response& res) {
-        const int run = run_of(req, served_.run);
-        struct Stream {
-            std::uint64_t seen;
-            std::chrono::steady_clock::time_point last{};
-        };
-        auto st = std::make_shared<Stream>(Stream{watcher_.changes(run)});
-        res.set_chunked_content_provider(
-            "text/event-stream", [this, run, st](std::size_t, httplib::DataSink& sink) {
-                const std::uint64_t n = watcher_.wait(run, st->seen, std::chrono::seconds(10));
-                if (!http_->is_running()) {
-                    sink.done();
-                    return true;
-                }
-                if (n == st->seen) return sink.write(": still here\n\n", 14);  // finds a page that left
-                // At most two events a second: what changes meanwhile goes into the next.
-                std::this_thread::sleep_until(st->last + std::chrono::milliseconds(500));
-                st->seen = watcher_.changes(run);
-                st->last = std::chrono::steady_clock::now();
-                const json j = {{"run", run},
-                                {"tables", tables_json(tables_of(served_.dir, served_.project, run))}};
-                const std::string event = "event: change\ndata: " + j.dump() + "\n\n";
-                return sink.write(event.data(), event.size());
-            });
-    });
+    particle_routes();
 }
 
 }  // namespace viewer::web

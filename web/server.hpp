@@ -16,11 +16,14 @@
 
 #include "core/study.hpp"
 #include "web/renderer.hpp"
+#include "web/study_watch.hpp"
 #include "web/watch.hpp"
 
 namespace httplib {
 class Server;
-}
+struct Request;
+struct Response;
+}  // namespace httplib
 
 namespace viewer::web {
 
@@ -60,13 +63,14 @@ public:
 
 private:
     std::mutex m_;
-    std::unordered_map<std::string, std::pair<std::string, FileSummary>> kept_;  // by name: state, summary
+    std::unordered_map<std::string, std::pair<std::string, FileSummary>> kept_;  // by path: state, summary
 };
 
 class Server {
 public:
     // `graphics` makes the renderer's drawing seam; `poll`: watch the
-    // directory by looking once a second.
+    // directory by looking once a second, and the study's tree by walking
+    // it every few seconds.
     Server(Served served, std::string token, std::function<std::unique_ptr<Graphics>()> graphics,
            bool poll = false);
     ~Server();
@@ -81,12 +85,27 @@ public:
     void stop();
 
     Renderer& renderer() { return renderer_; }
-    // Every run under the served directory as now written.
-    Study study();
+    // Every run under the served directory as now written; the tree is
+    // watched from the first time it is asked for.
+    std::shared_ptr<const Study> study();
+    StudyWatch& tree();
     const AnswerCache& cache() const { return cache_; }
 
 private:
+    // The run a request is about: the served project's, or one of the study's (`study=ID`).
+    struct Target {
+        std::string dir, project;
+        int run = 0;
+        std::string folder;  // of a run of the study, under the served directory
+        std::string arg;     // the export's name of a run of the study, "[DIR/]PROJECT,RUN"
+    };
+    Target target(const httplib::Request& req);
+    // Drawn once for each key; a file that changed since is a new key: never an old answer for new data.
+    template <class Query>
+    void draw_once(httplib::Response& res, const std::string& key, const Query& q);
     void routes();
+    void particle_routes();
+    void event_routes();
 
     Served served_;
     std::string token_;
@@ -95,7 +114,9 @@ private:
     Watcher watcher_;
     AnswerCache cache_;
     SummaryCache summaries_;
-    StudyCache figures_;  // the study's tables, read again only when changed
+    bool poll_;
+    std::mutex tree_m_;
+    std::unique_ptr<StudyWatch> tree_;  // made on the first request of the study
     int port_ = 0;
 };
 

@@ -32,10 +32,10 @@ std::string study_listing(const Study& s) {
     return json({{"figures", figures}, {"runs", runs}}).dump();
 }
 
-std::string study_signature(const Study& s) {
+std::string study_signature(const std::vector<StudyRun>& runs) {
     std::ostringstream k;
     k.precision(17);
-    for (const StudyRun& r : s.runs) {
+    for (const StudyRun& r : runs) {
         k << r.name() << '|' << state_name(r.state) << '|' << r.records;
         for (const auto& v : r.values) k << '|' << (v ? *v : 0.0) << (v ? "" : "-");
         k << '\n';

@@ -14,7 +14,7 @@ namespace viewer::web {
 std::string study_listing(const Study& s);
 
 // What the scatter shows of each run, as one text that differs whenever any of it changes.
-std::string study_signature(const Study& s);
+std::string study_signature(const std::vector<StudyRun>& runs);
 
 // A run as the export names it: "[DIR/]PROJECT".
 std::string item_of(const StudyRun& r);

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The browser view in a real browser: headless Chromium through its driver,
 # against the real viewer serving a copy of the bundled run, and a study of
-# two projects in folders.
+# two projects in folders that grows while the page is open.
 set -euo pipefail
 VIEWER=$1
 SRC=$2
@@ -23,10 +23,12 @@ pid=$!
 for _ in $(seq 100); do grep -q "^viewer: serving" serve.txt && break; sleep 0.1; done
 url=$(sed -n 's/^viewer: serving .* at //p' serve.txt)
 [ -n "$url" ] || fail "no URL printed: $(cat serve.err)"
-# A study: the bundled run at the top, another project in a folder below.
+# A study: the bundled runs 1 and 2 at the top, run 3 as another project in
+# a folder below with a particle file of its own.
 mkdir -p study/mesh
 cp "$SRC"/examples/rfgun.[XYZ]emit.00[12] study/
-for f in "$SRC"/examples/rfgun.[XYZ]emit.00[12]; do b=${f##*/}; cp "$f" "study/mesh/gun${b#rfgun}"; done
+for f in "$SRC"/examples/rfgun.[XYZ]emit.003; do b=${f##*/}; cp "$f" "study/mesh/gun${b#rfgun}"; done
+cp "$SRC/examples/rfgun.0500.001" study/mesh/gun.0500.003
 (cd study && exec "$VIEWER" --serve 0 >serve.txt 2>serve.err) &
 study_pid=$!
 trap '[ -n "$pid" ] && kill "$pid" 2>/dev/null; kill "$study_pid" 2>/dev/null; rm -rf "$WORK" /tmp/viewer-chromium-*' EXIT

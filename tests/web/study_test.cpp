@@ -1,13 +1,16 @@
 // The study in the browser view over a generated tree (the bundled project
 // at the top, a second project in two folders, one run of it partial): the
-// table and every answer against the export's, the refusals, and a run the
-// optimiser writes appearing on the next request.
+// table and every answer against the export's, the refusals, a run the
+// optimiser writes appearing on the next request, the particle files of a
+// run of the study, and the frame that places the scatter's dots.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "app/startup.hpp"
+#include "core/particles.hpp"
 #include "tests/web/served.hpp"
 
 using namespace viewer;
@@ -16,32 +19,11 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// The first `lines` lines of `text`; all of it when 0.
-std::string head(const std::string& text, int lines) {
-    std::size_t at = 0;
-    for (int i = 0; lines > 0 && i < lines && at != std::string::npos; ++i) at = text.find('\n', at + 1);
-    return lines > 0 && at != std::string::npos ? text.substr(0, at + 1) : text;
-}
-
-// Run `run` of `project` in `folder`: the bundled run 1's beam tables, the
-// y table cut to `y_lines` lines (0: whole); written an hour ago unless `now`.
-void run_in(const Served& s, const std::string& folder, const std::string& project, int run, int y_lines = 0,
-            bool now = false) {
-    fs::create_directories(s.dir.path + "/" + folder);
-    for (const char* kind : {"Xemit", "Yemit", "Zemit"}) {
-        const std::string name = folder + "/" + project + "." + kind + "." + run_digits(run);
-        const std::string text = s.dir.read(std::string("rfgun.") + kind + ".001");
-        s.dir.write(name, kind == std::string("Yemit") ? head(text, y_lines) : text);
-        if (!now)
-            fs::last_write_time(s.dir.file(name), fs::file_time_type::clock::now() - std::chrono::hours(1));
-    }
-}
-
 struct Tree : Served {
     Tree() {
-        run_in(*this, "mesh", "gun", 1);
-        run_in(*this, "mesh", "gun", 2);
-        run_in(*this, "old/a", "gun", 1, 5);  // stopped early in y: partial
+        run_in(dir, "mesh", "gun", 1);
+        run_in(dir, "mesh", "gun", 2);
+        run_in(dir, "old/a", "gun", 1, 5);  // stopped early in y: partial
     }
     nlohmann::json study() const { return nlohmann::json::parse(get("/api/study")->body); }
     // The id of the run named as the export names it ("mesh/gun,1").
@@ -158,7 +140,7 @@ TEST(WebStudy, ARunAppearsOnTheNextRequest) {
     EXPECT_EQ(s.get(scatter)->status, 200);
     EXPECT_EQ(s.server->renderer().drawn(), drawn);  // the same study: kept
 
-    run_in(s, "mesh", "gun", 3, 0, true);  // the optimiser writes another
+    run_in(s.dir, "mesh", "gun", 3, 0, true);  // the optimiser writes another
     const nlohmann::json runs = s.study()["runs"];
     ASSERT_EQ(runs.size(), 7u);
     EXPECT_EQ(runs[5]["name"], "gun,3");  // no twin elsewhere
@@ -171,4 +153,92 @@ TEST(WebStudy, ARunAppearsOnTheNextRequest) {
               exported(s, "--study " + s.dir.path + " --scatter NX_EMIT:Z_RMS --out e.png", "e.png"));
     EXPECT_EQ(s.get("/api/plot/1:2.txt?study=5")->body,
               exported(s, "mesh/gun,3 --plot 1:2 --csv /dev/null", ""));
+}
+
+TEST(WebStudy, ParticleFilesOfARunOfTheStudy) {
+    Tree s;
+    // Files of one name in two folders, other particles in each; one that cannot be read.
+    particles_in(s.dir, "mesh/gun.0200.001", 40, 1.5);
+    particles_in(s.dir, "mesh/gun.0300.001", 30, 2.5);
+    particles_in(s.dir, "old/a/gun.0200.001", 20, 0.5);
+    s.dir.write("mesh/gun.0400.001", "no numbers here\n");
+    const std::string mesh = std::to_string(s.id("mesh/gun,1")), old = std::to_string(s.id("old/a/gun,1"));
+    for (const auto& [id, folder, names] :
+         std::initializer_list<std::tuple<std::string, std::string, std::vector<std::string>>>{
+             {mesh, "mesh", {"gun.0200.001", "gun.0300.001", "gun.0400.001"}},
+             {old, "old/a", {"gun.0200.001"}}}) {
+        SCOPED_TRACE(folder);
+        const nlohmann::json files =
+            nlohmann::json::parse(s.get("/api/particles?study=" + id)->body)["files"];
+        ASSERT_EQ(files.size(), names.size()) << files;
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            const std::string path = s.dir.file(folder + "/" + names[i]);
+            EXPECT_EQ(files[i]["name"], names[i]);
+            try {
+                const BunchStats st = summarise_particles(path).stats;
+                EXPECT_DOUBLE_EQ(files[i]["z"].get<double>(), st.z_ref);
+                EXPECT_EQ(files[i]["active"].get<long>(), st.counts.active);
+            } catch (const ParticleError& e) {
+                EXPECT_EQ(files[i]["error"], names[i] + std::string(e.what()).substr(path.size()));
+            }
+        }
+    }
+    for (const auto& [path, args, file] :
+         std::initializer_list<std::tuple<std::string, std::string, const char*>>{
+             {"/api/particles/1.txt?study=" + mesh, "mesh/gun,1 --particles 0300", ""},
+             {"/api/particles/0.png?study=" + old + "&plane=z:dE&size=400x300",
+              "old/a/gun,1 --particles 0200 --plane z:dE --size 400x300 --out e.png", "e.png"},
+             {"/api/particles/0.csv?study=" + mesh + "&slices=5",
+              "mesh/gun,1 --particles mesh/gun.0200.001 --slices 5 --csv e.csv", "e.csv"},
+         }) {
+        SCOPED_TRACE(path);
+        const auto r = s.get(path);
+        ASSERT_EQ(r->status, 200) << r->body;
+        EXPECT_EQ(r->body, exported(s, args, file));
+    }
+    // clang-format off
+    const std::tuple<std::string, int, std::string> refused[] = {
+        {"/api/particles/3.txt?study=" + mesh, 404, "no particle file 3 in mesh/gun,001: /api/particles?study=" + mesh + " lists them"},
+        {"/api/particles/2.txt?study=" + mesh, 500, "gun.0400.001"},
+        {"/api/particles?study=9", 404, "no run 9 in the study"},
+        {"/api/particles/0.txt?study=" + mesh + "&run=1", 400, "run and study each name the run"},
+        {"/api/particles?study=" + mesh + "&run=1", 400, "run and study each name the run"},
+    };
+    // clang-format on
+    for (const auto& [path, status, holds] : refused) {
+        SCOPED_TRACE(path);
+        const auto r = s.get(path);
+        EXPECT_EQ(r->status, status);
+        EXPECT_TRUE(has(r->body, holds)) << r->body;
+    }
+}
+
+// The page finds the run under a click from the scatter's frame and the figures of /api/study.
+TEST(WebStudy, TheScatterSaysWhereItsRunsAre) {
+    Tree s;
+    for (const auto& [x, y] : {std::pair{"NX_EMIT", "X_RMS"}, std::pair{"NY_EMIT", "NX_EMIT"}}) {
+        SCOPED_TRACE(x + std::string(":") + y);
+        const auto r = s.get(std::string("/api/study/scatter.png?size=640x480&x=") + x + "&y=" + y);
+        ASSERT_EQ(r->status, 200);
+        const nlohmann::json panels = nlohmann::json::parse(r->get_header_value("X-Viewer-Frame"))["panels"];
+        ASSERT_EQ(panels.size(), 1u);
+        // the window: the figures' range and a twentieth of it more on each side, as drawn
+        float lo[2] = {INFINITY, INFINITY}, hi[2] = {-INFINITY, -INFINITY};
+        const nlohmann::json all = s.study();
+        for (const auto& run : all["runs"])
+            for (const auto& [name, v] : run["figures"].items())
+                for (int k = 0; k < 2; ++k)
+                    if (name.starts_with(std::string(k ? y : x) + " ") && !v.is_null()) {
+                        lo[k] = std::min(lo[k], v.get<float>());
+                        hi[k] = std::max(hi[k], v.get<float>());
+                    }
+        for (int k = 0; k < 2; ++k) {
+            const float margin = 0.05f * (hi[k] - lo[k]);
+            EXPECT_FLOAT_EQ(panels[0]["window"][2 * k].get<float>(), lo[k] - margin);
+            EXPECT_FLOAT_EQ(panels[0]["window"][2 * k + 1].get<float>(), hi[k] + margin);
+        }
+        // the viewport in the image, counted from its upper left corner
+        const auto vp = panels[0]["viewport"].get<std::vector<float>>();
+        EXPECT_TRUE(0 < vp[0] && vp[0] < vp[1] && vp[1] < 640 && 0 < vp[2] && vp[2] < vp[3] && vp[3] < 480);
+    }
 }

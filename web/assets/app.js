@@ -1,7 +1,8 @@
 // The browser view's page: the menu's rows in five tabs and the run's
 // particle files in a sixth, the plot of the row or file picked with its
 // console text, the options of the export, and a redraw whenever the run's
-// files change. The state lives in the URL.
+// files change. The state lives in the URL: a reload, the back button or a
+// link sent to someone shows the same.
 'use strict';
 
 const $ = (id) => document.getElementById(id);
@@ -48,17 +49,23 @@ function readUrl() {
   const plane = (q.get('plane') || '').split(':');
   state.plane = plane.length === 2 && plane.every((c) => COORDS.includes(c)) ? plane : ['x', 'xp'];
   state.lost = q.get('lost') === '1';
+  readStudyUrl(q);
 }
 
-function writeUrl() {
+// Writes the state into the URL; `anew`: as a new step of the history, which
+// the back button leaves.
+function writeUrl(anew = false) {
   const q = new URLSearchParams(location.search);
-  for (const k of 'page row run runs zoom fit geometry mono bins file plane slices along sheet lost'.split(' ')) q.delete(k);
+  for (const k of 'page row run runs zoom fit geometry mono bins file plane slices along sheet lost study studies'.split(' ')) q.delete(k);
   q.set('page', state.page);
   if (state.row) q.set('row', state.row);
   if (state.file) q.set('file', state.file);
   q.set('run', state.run);
-  for (const [k, v] of Object.entries(options())) q.set(k, v);
-  history.replaceState(null, '', '?' + q.toString());
+  // A run of the study goes by its name (writeStudyUrl): ids move as runs appear.
+  for (const [k, v] of Object.entries(options())) if (k !== 'study' && k !== 'studies') q.set(k, v);
+  writeStudyUrl(q);
+  const url = '?' + q.toString();
+  if (url !== location.search) history[anew ? 'pushState' : 'replaceState'](null, '', url);
 }
 
 // The export's options of the plot or particle view shown, as the server
@@ -132,7 +139,7 @@ async function loadRows() {
 }
 
 async function loadFiles() {
-  files = state.study !== null ? [] : (await getJson(`/api/particles?run=${state.run}`)).files;
+  files = (await getJson(`/api/particles?${runParam()}`)).files;
   if (state.page === PARTICLES) drawRows();
 }
 
@@ -176,12 +183,12 @@ function drawFiles() {
     make('tbody', {}, ...files.map(line))) : make('p', { className: 'empty' }, 'This run has no particle files yet.'));
 }
 
-function turnPage(page) {
+function turnPage(page, anew = false) {
   state.page = page;
   state.row = 0;
   drawTabs();
   drawRows();
-  show();
+  show(anew);
 }
 
 function pick(row) {
@@ -216,8 +223,8 @@ function missing() {
 
 // Draws the plot and its text; the picture shown stays until the new one is
 // there, so a redraw does not flash.
-async function show() {
-  writeUrl();
+async function show(anew = false) {
+  writeUrl(anew);
   document.body.classList.toggle('particle-tab', state.page === PARTICLES);
   document.body.classList.toggle('study-tab', state.page === STUDY);
   if (state.page === STUDY) return showStudy();
@@ -278,56 +285,6 @@ function drawControls() {
   })));
 }
 
-// --- the pointer on the plot ------------------------------------------------------
-
-// The panel under an image pixel and the world coordinates there.
-function world(ev) {
-  if (!frame) return null;
-  const img = $('image');
-  const px = (ev.offsetX * img.naturalWidth) / img.clientWidth;
-  const py = (ev.offsetY * img.naturalHeight) / img.clientHeight;
-  for (const p of frame.panels) {
-    const [left, right, top, bottom] = p.viewport;
-    if (px < left || px > right || py < top || py > bottom) continue;
-    const [x1, x2, y1, y2] = p.window;
-    return { x: x1 + ((px - left) / (right - left)) * (x2 - x1), y: y1 + ((bottom - py) / (bottom - top)) * (y2 - y1) };
-  }
-  return null;
-}
-
-let drag = null;
-
-function pointerEvents() {
-  const img = $('image');
-  const fmt = (v) => (Math.abs(v) >= 1e4 || (Math.abs(v) < 1e-3 && v !== 0) ? v.toExponential(4) : v.toPrecision(5));
-  img.addEventListener('mousemove', (ev) => {
-    const w = world(ev);
-    const abscissa = state.page === 2 && state.row <= 4 ? 'phase' : state.page === 4 && state.row >= 15 ? 't' : state.page === 3 ? 'x' : 'z';
-    $('where').textContent = w ? `${abscissa} = ${fmt(w.x)}   y = ${fmt(w.y)}` : '';
-    if (drag) {
-      const a = Math.min(drag.offset, ev.offsetX), b = Math.max(drag.offset, ev.offsetX);
-      Object.assign($('band').style, { display: 'block', left: `${a}px`, width: `${b - a}px`, height: `${img.clientHeight}px` });
-    }
-  });
-  img.addEventListener('mouseleave', () => { $('where').textContent = ''; });
-  img.addEventListener('mousedown', (ev) => {
-    const w = world(ev);
-    if (w) drag = { offset: ev.offsetX, x: w.x };
-    ev.preventDefault();
-  });
-  window.addEventListener('mouseup', (ev) => {
-    if (!drag) return;
-    const start = drag;
-    drag = null;
-    $('band').style.display = 'none';
-    const w = ev.target === img ? world(ev) : null;
-    if (!w || Math.abs(ev.offsetX - start.offset) < 4) return;
-    state.zoom = [Math.min(start.x, w.x), Math.max(start.x, w.x)].map((v) => Number(v.toPrecision(6)));
-    show();
-  });
-  img.addEventListener('dblclick', () => { state.zoom = null; show(); });
-}
-
 // --- runs and the tables' changes --------------------------------------------------
 
 async function load() {
@@ -356,8 +313,7 @@ function showChanged(tables) {
 
 function watch() {
   if (events) events.close();
-  if (state.study !== null) return;  // the study's own refresh follows its runs
-  events = new EventSource(`/api/events?run=${state.run}`);
+  events = new EventSource(`/api/events?${runParam()}`);
   events.addEventListener('change', async (ev) => {
     const data = JSON.parse(ev.data);
     showChanged(data.tables);
@@ -411,12 +367,11 @@ function controls() {
   window.addEventListener('resize', () => { clearTimeout(resized); resized = setTimeout(show, 300); });
 }
 
-async function start() {
+// Shows what the URL says: at the start, and on the back and forward buttons.
+async function restore() {
   readUrl();
-  controls();
-  studyControls();
-  pointerEvents();
   try {
+    if (state.studyName || state.page === STUDY) await loadStudy();  // the run's id from its name
     await load();
     if (known.study && !new URLSearchParams(location.search).has('page')) state.page = STUDY;
     if (known.study || state.page === STUDY) await loadStudy();
@@ -427,7 +382,16 @@ async function start() {
     return;
   }
   watch();
+  if (known.study || state.page === STUDY) watchStudy();
   show();
 }
 
-document.addEventListener('DOMContentLoaded', start);  // once study.js is read too
+function start() {
+  controls();
+  studyControls();
+  pointerEvents();
+  window.addEventListener('popstate', restore);
+  restore();
+}
+
+document.addEventListener('DOMContentLoaded', start);  // once the other scripts are read too
