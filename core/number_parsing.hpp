@@ -171,22 +171,33 @@ bool parse_number(const char* p, const char* e, int d, T& out) {
 
 // The form the tracker writes, [-]d.ddddE+dd, checked by position: nearly
 // every number of a table takes this path. Same rounding as parse_number.
+// The ten bytes after the sign are checked eight and two at a time, without
+// a branch on signs, which vary at random from number to number.
 template <class T>
-inline bool parse_canonical(const char* b, const char* e, T& out) {
+[[gnu::always_inline]] inline bool parse_canonical(const char* b, const char* e, T& out) {
     if (e - b < 10) return false;
     const bool neg = *b == '-';
-    const char* p = b + (neg || *b == '+');
+    const char* p = b + (neg | (*b == '+'));
     if (e - p != 10) return false;
-    if (!(is_digit(p[0]) && p[1] == '.' && is_digit(p[2]) && is_digit(p[3]) && is_digit(p[4]) &&
-          is_digit(p[5]) && (p[6] == 'E' || p[6] == 'e') && (p[7] == '+' || p[7] == '-') && is_digit(p[8]) &&
-          is_digit(p[9])))
-        return false;
-    const unsigned m = static_cast<unsigned>(p[0] - '0') * 10000 + static_cast<unsigned>(p[2] - '0') * 1000 +
-                       static_cast<unsigned>(p[3] - '0') * 100 + static_cast<unsigned>(p[4] - '0') * 10 +
-                       static_cast<unsigned>(p[5] - '0');
-    const int xneg = p[7] == '-';
-    const int k = ((((p[8] - '0') * 10 + (p[9] - '0')) ^ -xneg) + xneg) - 4;
-    if (k < -Exact<T>::max_pow || k > Exact<T>::max_pow) return false;
+    std::uint64_t q;  // bytes 0..7: digit, point, four digits, exponent letter, its sign
+    std::uint16_t r;  // bytes 8..9: the exponent's digits
+    std::memcpy(&q, p, 8);
+    std::memcpy(&r, p + 8, 2);
+    const unsigned letter = (static_cast<unsigned>(q >> 48) & 0xFF) | 0x20,
+                   sign = static_cast<unsigned>(q >> 56);
+    // The digits' high nibbles 3 and their low ones at most 9 (adding 6
+    // keeps such a nibble inside its byte); byte 1 the point.
+    const bool ok = ((q & 0x0000F0F0F0F0FFF0ULL) == 0x0000303030302E30ULL) &
+                    ((((q & 0x00000F0F0F0F000FULL) + 0x0000060606060006ULL) & 0x0000F0F0F0F000F0ULL) == 0) &
+                    ((r & 0xF0F0U) == 0x3030U) & ((((r & 0x0F0FU) + 0x0606U) & 0xF0F0U) == 0) &
+                    (letter == 'e') & ((sign == '+') | (sign == '-'));
+    std::uint32_t x = static_cast<std::uint32_t>(q >> 16) & 0x0F0F0F0FU;  // four digits to one number
+    x = (x * 10 + (x >> 8)) & 0x00FF00FFU;
+    x = (x * 100 + (x >> 16)) & 0xFFFFU;
+    const unsigned m = (static_cast<unsigned>(q) & 0x0F) * 10000 + x;
+    const int xneg = sign == '-';
+    const int k = ((static_cast<int>((r & 0x0F) * 10 + ((r >> 8) & 0x0F)) ^ -xneg) + xneg) - 4;
+    if (!ok || k < -Exact<T>::max_pow || k > Exact<T>::max_pow) return false;
     const auto at = static_cast<std::size_t>(k + Exact<T>::max_pow);
     out = with_sign(static_cast<T>(m) * ExactScale<T>::up[at] / ExactScale<T>::down[at], neg);
     return true;
