@@ -197,6 +197,7 @@ private:
         if (s_.window.FILE_DEVICE <= 0)
             throw ExportFailure("cannot write " + file_ + ": the graphics library refused it");
         set_hardcopy_look(s_);
+        s_.raster_foot = r_.format == OutFormat::png;
         if (r_.format == OutFormat::png && r_.width)
             cap_.pgpap(0.0f, static_cast<float>(r_.height) / static_cast<float>(r_.width));
     }

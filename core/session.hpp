@@ -65,8 +65,9 @@ struct Session {
     FitVariables fit_variables;
 
     // Run identity and start-up.
-    std::string FNAME;  // input arguments, raw
-    std::string DATE;   // "    DD.MM  HH:MM"
+    std::string FNAME;         // input arguments, raw
+    std::string DATE;          // "    DD.MM  HH:MM"
+    bool raster_foot = false;  // the picture is of pixels: the page foot keeps clear of its edges
     bool LIARG = false;
     int RUN_NUMBER = 1;
     bool STEP_FOR = false, STEP_BACK = false;

@@ -2,6 +2,8 @@
 // with its character height, and the page foot.
 #include "plot/page.hpp"
 
+#include <algorithm>
+
 namespace viewer {
 
 void c_pgsubp(Session& s, int NX, int NY) {
@@ -25,8 +27,23 @@ void title(Session& s) {
     pg.pgqvsz(0, x1, x2, y1, y2);
     pg.pgsvp(x1, x2, y1, y2);
     pg.pgswin(0.0f, 1.0f, 0.0f, 1.0f);
-    pg.pgsch(0.3f);
-    pg.pgptxt(1.0f, 0.00225f, 0.0f, 1.0f, s.chara.PAGE_TITLE);
+    float height = 0.3f, x = 1.0f, y = 0.00225f;
+    if (s.raster_foot) {
+        // A picture of pixels cuts what reaches its last row and column, and
+        // at 0.3 the foot of a picture for a screen is a smudge of three
+        // pixels: there it stands a few pixels in and stays legible.
+        constexpr float kMargin = 4, kLegible = 9;  // pixels
+        float px1, px2, py1, py2;
+        pg.pgqvsz(3, px1, px2, py1, py2);
+        const float w = px2 - px1, h = py2 - py1;
+        if (w > 0 && h > 0) {
+            height = std::max(height, kLegible * 40 / std::min(w, h));
+            x = 1 - kMargin / w;
+            y = (kMargin + 0.4f * kLegible) / h;  // the descenders clear too
+        }
+    }
+    pg.pgsch(height);
+    pg.pgptxt(x, y, 0.0f, 1.0f, s.chara.PAGE_TITLE);
 }
 
 void page_foot(Session& s, bool title_in_overview) {

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -45,4 +48,23 @@ TEST(Hardcopy, EachExtensionWritesItsOrientationAndColours) {
         EXPECT_EQ(body.find(" G ") != std::string::npos, !c.colour);
     }
     EXPECT_FALSE(device_for_name("run5.gif"));
+}
+
+// A picture is written whatever the heap held before its device opened: the
+// PNG driver's record would take a stale error flag from a block like this.
+TEST(Hardcopy, APictureIsWrittenAfterAStaleBlockOnTheHeap) {
+    viewer::testing::TempDir dir{"stale"};
+    auto pg = make_pgplot_graphics();
+    for (const char* name : {"a.png", "b.png"}) {
+        void* stale = std::malloc(0x338);
+        ASSERT_NE(stale, nullptr);
+        std::memset(stale, 1, 0x338);
+        asm volatile("" : : "r"(stale) : "memory");
+        std::free(stale);
+        ASSERT_GT(pg->pgopen(dir.file(name) + "/PNG"), 0);
+        pg->pgenv(0, 1, 0, 1, 0, 1);
+        pg->pgclos();
+        const std::filesystem::path file = dir.file(name);
+        EXPECT_TRUE(std::filesystem::exists(file) && std::filesystem::file_size(file) > 0) << name;
+    }
 }

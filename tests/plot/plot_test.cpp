@@ -10,6 +10,7 @@
 #include "evolution/plots.hpp"
 #include "plot/aperture.hpp"
 #include "plot/frame.hpp"
+#include "plot/page.hpp"
 #include "tests/support/harness.hpp"
 
 using namespace viewer;
@@ -40,6 +41,29 @@ struct PlotTest : ::testing::Test {
 };
 
 }  // namespace
+
+// The foot sits in the page's corner at 0.3; in a picture of pixels it stands
+// a few pixels in, legible (800 x 566 pixels here).
+TEST_F(PlotTest, ThePageFootKeepsClearOfAPicturesEdges) {
+    s.chara.PAGE_TITLE = "p 001  25.11  12:00";
+    for (const bool raster : {false, true}) {
+        SCOPED_TRACE(raster);
+        s.raster_foot = raster;
+        rec.clear();
+        title(s);
+        const GraphicsCall& text = *rec.named("pgptxt").at(0);
+        EXPECT_EQ(text.texts.at(0), s.chara.PAGE_TITLE);
+        const float height = static_cast<float>(rec.named("pgsch").back()->args[0]);
+        if (!raster) {
+            EXPECT_EQ(text.args, (std::vector<double>{1.0, 0.00225f, 0.0, 1.0}));
+            EXPECT_FLOAT_EQ(height, 0.3f);
+        } else {
+            EXPECT_NEAR(text.args[0] * 800, 796, 0.01);  // right edge 4 pixels in
+            EXPECT_GT(text.args[1] * 566, 4 + 0.3 * 9);  // its descenders too
+            EXPECT_NEAR(height * 566 / 40, 9, 0.01);     // 9 pixels high
+        }
+    }
+}
 
 TEST_F(PlotTest, TwoTablesInLockStepThenRewound) {
     // .Yemit stands half a metre behind .Xemit and is one record shorter: the

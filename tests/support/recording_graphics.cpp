@@ -64,9 +64,11 @@ void RecordingGraphics::pgqvp(int u, float& a, float& b, float& c, float& d) {
     add("pgqvp", {double(u)});
 }
 void RecordingGraphics::pgqvsz(int u, float& a, float& b, float& c, float& d) {
+    // The same surface at 100 pixels an inch for units 3.
+    const float scale = u == 0 ? 0.0f : u == 3 ? 100.0f : 1.0f;
     a = c = 0;
-    b = (u == 0) ? 1.0f : 8.0f;
-    d = (u == 0) ? 1.0f : 5.656f;
+    b = u == 0 ? 1.0f : 8.0f * scale;
+    d = u == 0 ? 1.0f : 5.656f * scale;
     add("pgqvsz", {double(u)});
 }
 void RecordingGraphics::pgqwin(float& a, float& b, float& c, float& d) {
