@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <fstream>
 #include <ostream>
+#include <sstream>
 #include <string_view>
 
 #include "app/pages.hpp"
@@ -75,6 +76,13 @@ void write_file(const std::string& path, const std::string& text) {
     std::ofstream f(path, std::ios::binary | std::ios::trunc);
     if (f) f << text;
     if (!f) throw ExportFailure("cannot write " + path + ": " + std::strerror(errno));
+}
+
+std::string read_file(const std::string& path) {
+    std::ifstream f(path, std::ios::binary);
+    std::ostringstream s;
+    s << f.rdbuf();
+    return s.str();
 }
 
 void list_rows(Session& s) {

@@ -32,6 +32,17 @@ bool to_pdf(const std::string& ps, const std::string& pdf);
 
 // Writes `text` to `path`, or fails naming the file.
 void write_file(const std::string& path, const std::string& text);
+// The bytes of `path`; empty when there is no such file.
+std::string read_file(const std::string& path);
+
+// An export has no window: any wait for the pointer finds no cursor.
+class NoPointer final : public Pointer {
+public:
+    int pgband(int, int, float, float, float&, float&, char& ch) override {
+        ch = '\0';
+        return 0;
+    }
+};
 
 // The rows the loaded run offers, page by page, as PAGE:ROW and menu text.
 void list_rows(Session& s);

@@ -18,7 +18,6 @@ namespace viewer {
 
 namespace {
 
-constexpr std::size_t kBlock = 1 << 18;        // bytes a read, as the single stream reads
 constexpr std::uint64_t kPartBytes = 1 << 18;  // less is not worth a thread
 constexpr int kMaxParts = 8;                   // threads, and their buffers, at most
 constexpr std::size_t kBatch = 512;            // particles handed over at a time
@@ -63,72 +62,6 @@ std::uint64_t after_lines(int fd, std::uint64_t at, long lines, std::uint64_t si
     return std::min(at, size);
 }
 
-// The lines of [begin, end) of an open file, read with pread into a buffer
-// of its own, so that the parts of one file are read side by side.
-class Stretch {
-public:
-    Stretch(int fd, std::uint64_t begin, std::uint64_t end, const std::string& name)
-        : fd_(fd), at_(begin), end_(end), name_(name), buf_(end > begin ? kBlock : 0) {}
-
-    // The next line without its line end; `ended` false for a last line
-    // without one.
-    bool next(std::string_view& line, bool& ended) {
-        std::size_t scanned = b_;  // bytes before this hold no line end
-        const char* start;
-        std::size_t len;
-        for (;;) {
-            start = buf_.data() + b_;
-            const void* nl = e_ > scanned ? std::memchr(buf_.data() + scanned, '\n', e_ - scanned) : nullptr;
-            if (nl) {
-                len = static_cast<std::size_t>(static_cast<const char*>(nl) - start);
-                b_ += len + 1;
-                ended = true;
-                break;
-            }
-            const std::size_t held = e_ - b_;
-            if (fill()) {
-                scanned = b_ + held;
-                continue;
-            }
-            if (b_ == e_) return false;
-            len = e_ - b_;
-            b_ = e_;
-            ended = false;
-            break;
-        }
-        if (len > 0 && start[len - 1] == '\r') --len;
-        line = std::string_view(start, len);
-        return true;
-    }
-
-private:
-    bool fill() {
-        if (at_ >= end_) return false;
-        if (b_ > 0) {
-            std::memmove(buf_.data(), buf_.data() + b_, e_ - b_);
-            e_ -= b_;
-            b_ = 0;
-        }
-        if (e_ == buf_.size()) buf_.resize(buf_.size() * 2);  // a line longer than the buffer
-        const std::size_t want =
-            static_cast<std::size_t>(std::min<std::uint64_t>(buf_.size() - e_, end_ - at_));
-        const std::size_t got = read_at(fd_, buf_.data() + e_, want, at_, name_);
-        if (got == 0) {  // the file has shrunk since its size was taken
-            end_ = at_;
-            return false;
-        }
-        at_ += got;
-        e_ += got;
-        return true;
-    }
-
-    int fd_;
-    std::uint64_t at_, end_;  // the next read; the end of the stretch
-    const std::string& name_;
-    std::vector<char> buf_;
-    std::size_t b_ = 0, e_ = 0;  // the bytes of buf_ not handed out
-};
-
 bool blank(std::string_view line) {
     return line.find_first_not_of(" \t\r") == std::string_view::npos;
 }
@@ -159,22 +92,25 @@ int ParticleReader::threads() const {
     return static_cast<int>(std::clamp<std::uint64_t>(parts, 1, std::min<std::uint64_t>(cores, kMaxParts)));
 }
 
-void ParticleReader::read_part(int k, int fd, std::uint64_t begin, std::uint64_t end, const PartSink& take,
+void ParticleReader::read_part(int k, std::uint64_t begin, std::uint64_t end, const PartSink& take,
                                PartEnd& out, std::atomic<int>& first_bad) const {
     try {
         std::vector<Particle> batch;
         batch.reserve(kBatch);
         if (k == 0) batch.push_back(ref_);
-        Stretch s(fd, begin, end, name());
+        // A reader of its own on the part's bytes, so that the parts are read side by side.
+        TableFile f;
+        if (!f.open(name(), begin, end))
+            throw ParticleError(name() + ": cannot be opened as a particle file");
         std::array<double, 10> v{};
         std::string_view line;
-        bool ended = true;
         auto stop = [&](std::string_view bad) {
             out.bad.assign(bad);
             out.bad_line = out.lines;
             failed_at(first_bad, k);
         };
-        while (s.next(line, ended)) {
+        while (f.next_line(line)) {
+            const bool ended = f.line_ended();
             ++out.lines;
             if (blank(line)) continue;
             try {
@@ -228,7 +164,7 @@ void ParticleReader::read_in_parts(int parts, const PartSink& take) {
     std::atomic<int> first_bad{parts};
     auto run = [&](int k) {
         const auto i = static_cast<std::size_t>(k);
-        read_part(k, f.fd, at[i], at[i + 1], take, ends[i], first_bad);
+        read_part(k, at[i], at[i + 1], take, ends[i], first_bad);
     };
     {
         std::vector<std::jthread> threads;

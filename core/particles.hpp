@@ -96,7 +96,7 @@ public:
 private:
     struct PartEnd;
     Particle from(const std::array<double, 10>& v, bool reference, long line_no) const;
-    void read_part(int k, int fd, std::uint64_t begin, std::uint64_t end, const PartSink& take, PartEnd& out,
+    void read_part(int k, std::uint64_t begin, std::uint64_t end, const PartSink& take, PartEnd& out,
                    std::atomic<int>& first_bad) const;
     TableFile f_;
     Particle ref_;

@@ -24,22 +24,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// No window: any wait for the pointer finds no cursor.
-class NoPointer final : public Pointer {
-public:
-    int pgband(int, int, float, float, float&, float&, char& ch) override {
-        ch = '\0';
-        return 0;
-    }
-};
-
-std::string read_all(const std::string& path) {
-    std::ifstream f(path, std::ios::binary);
-    std::ostringstream s;
-    s << f.rdbuf();
-    return s.str();
-}
-
 std::string trimmed(std::string why) {
     if (why.starts_with("viewer: ")) why.erase(0, 8);
     while (!why.empty() && (why.back() == '\n' || why.back() == ' ')) why.pop_back();
@@ -101,11 +85,11 @@ Outcome Library::run(const Command& c) {
         status = run_export(s, capture, r, now, err);
     }
     o.text = out.str();
-    if (status == 0 && !picture.empty()) o.picture = read_all(picture);
+    if (status == 0 && !picture.empty()) o.picture = read_file(picture);
     if (status == 0 && c.numbers) {
         for (int n = 1; fs::exists(numbered(scratch_ + "/answer.csv", n)); ++n)
-            o.csv.push_back(read_all(numbered(scratch_ + "/answer.csv", n)));
-        o.json = read_all(scratch_ + "/answer.json");
+            o.csv.push_back(read_file(numbered(scratch_ + "/answer.csv", n)));
+        o.json = read_file(scratch_ + "/answer.json");
     }
     std::error_code ec;
     for (const auto& e : fs::directory_iterator(scratch_, ec)) fs::remove(e.path(), ec);

@@ -11,19 +11,6 @@
 #include "app/main_loop.hpp"
 #include "web/serve.hpp"
 
-namespace {
-
-// The export has no window: any wait for the pointer finds no cursor.
-class NoPointer final : public viewer::Pointer {
-public:
-    int pgband(int, int, float, float, float&, float&, char& ch) override {
-        ch = '\0';
-        return 0;
-    }
-};
-
-}  // namespace
-
 int main(int argc, char** argv) {
     const std::tm now = viewer::clock_now();
     auto graphics = viewer::make_pgplot_graphics();
@@ -38,7 +25,7 @@ int main(int argc, char** argv) {
         }
         viewer::OwnStderr quiet;  // the library's notes stay off the terminal
         if (request.serve) return viewer::web::run_serve(request, now, std::cout, quiet.err());
-        NoPointer pointer;
+        viewer::NoPointer pointer;
         std::istringstream no_input;  // nothing is ever asked
         viewer::Capture capture(graphics.get());
         viewer::Session session(capture, pointer, no_input, std::cout);

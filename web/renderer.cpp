@@ -10,27 +10,12 @@
 #include <type_traits>
 
 #include "app/export.hpp"
+#include "app/export_files.hpp"
 #include "app/startup.hpp"
 #include "plot/capture.hpp"
 
 namespace viewer::web {
 namespace {
-
-// Nothing here waits for a pointer.
-class NoPointer final : public Pointer {
-public:
-    int pgband(int, int, float, float, float&, float&, char& ch) override {
-        ch = '\0';
-        return 0;
-    }
-};
-
-std::string read_all(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
 
 // Each panel's viewport in the pixels of the image, counted from its upper
 // left corner as a page counts them (the device counts rows from the
@@ -247,7 +232,7 @@ Rendered Renderer::pass(const ExportRequest& r, const std::string& file, Answer 
         return {missing ? 404 : 500, "text/plain; charset=utf-8", why, a.text, {}};
     }
     a.type = content_type(answer);
-    a.body = file.empty() ? a.text : read_all(file);
+    a.body = file.empty() ? a.text : read_file(file);
     std::error_code ec;
     if (!file.empty()) std::filesystem::remove(file, ec);
     return a;

@@ -8,6 +8,7 @@
 #include <sstream>
 #include <thread>
 
+#include "app/export_files.hpp"
 #include "app/startup.hpp"
 #include "core/fortran_format.hpp"
 #include "core/study.hpp"
@@ -25,12 +26,7 @@ int run_serve(const ExportRequest& r, const std::tm& now, std::ostream& out, std
     Capture none;
     std::istringstream in;
     std::ostringstream said;
-    class : public Pointer {
-        int pgband(int, int, float, float, float&, float&, char& ch) override {
-            ch = '\0';
-            return 0;
-        }
-    } no_pointer;
+    NoPointer no_pointer;
     Session s(none, no_pointer, in, said, ".");
     if (r.has_arg) {
         s.FNAME = r.arg.substr(0, 80);
