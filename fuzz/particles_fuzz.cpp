@@ -1,9 +1,9 @@
 // Particle files over any bytes: the input as a file of a run, its
 // statistics, and each of its lines through the line parser. A refusal
 // (ParticleError) is the reader's answer; anything else escaping, a crash or
-// a hang is a finding. Wherever a line reads as ten numbers, it holds ten
-// numbers, and each that the library reads whole has the library's value,
-// bit for bit.
+// a hang is a finding. Read in parts, a file reads as in one stream.
+// Wherever a line reads as ten numbers, it holds ten numbers, and each that
+// the library reads whole has the library's value, bit for bit.
 #include <array>
 #include <charconv>
 #include <cstdlib>
@@ -45,6 +45,37 @@ void check_values(std::string_view line, const std::array<double, 10>& v) {
     if (n != v.size()) std::abort();
 }
 
+// The file read as one stream and in three parts: the same particles in
+// the same order, the same end, or the same refusal.
+void check_parts(const std::string& path) {
+    using namespace viewer;
+    auto add = [](std::string& to, const Particle& p) {
+        to.append(reinterpret_cast<const char*>(&p.x), sizeof p.x);
+        to.append(reinterpret_cast<const char*>(&p.pz), sizeof p.pz);
+        to += std::to_string(p.flag) + ";";
+    };
+    auto read = [&](int parts) {
+        std::string got;
+        try {
+            ParticleReader f(path);
+            if (parts == 0) {
+                for (Particle p; f.next(p);) add(got, p);
+            } else {
+                std::array<std::string, 3> of;  // a part each: the parts run on threads of their own
+                f.read_in_parts(parts, [&](int k, ParticleBatch b) {
+                    for (const Particle& p : b) add(of[static_cast<std::size_t>(k)], p);
+                });
+                for (const std::string& o : of) got += o;
+            }
+            got += f.cut_short() ? "cut" : "whole";
+        } catch (const ParticleError& e) {
+            got = e.what();
+        }
+        return got;
+    };
+    if (read(0) != read(3)) std::abort();
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -56,6 +87,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             std::abort();
     } catch (const ParticleError&) {
     }
+    check_parts(path);
 
     const std::string_view text(reinterpret_cast<const char*>(data), size);
     const std::string name = "fuzz.0001.001";
