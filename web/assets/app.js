@@ -109,6 +109,13 @@ async function getJson(url) {
   return r.json();
 }
 
+// The header and the window's title: the run shown, or the study on its tab.
+function nameHeader() {
+  const onStudy = state.page === STUDY;
+  $('project').textContent = onStudy ? 'study' : state.study !== null ? state.studyName.replace(/^\.\//, '') : known.project;
+  document.title = onStudy ? 'study' : `${known.project} run ${String(state.run).padStart(3, '0')}`;
+}
+
 // The run asked about: one of the served project, or of the study.
 const runParam = () => (state.study !== null ? `study=${state.study}` : `run=${state.run}`);
 
@@ -227,6 +234,7 @@ async function show(anew = false) {
   writeUrl(anew);
   document.body.classList.toggle('particle-tab', state.page === PARTICLES);
   document.body.classList.toggle('study-tab', state.page === STUDY);
+  nameHeader();
   if (state.page === STUDY) return showStudy();
   drawControls();
   const mine = ++drawn;  // an answer still on its way is not wanted

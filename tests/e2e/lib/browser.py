@@ -158,6 +158,8 @@ try:
     driver.get(study_url)
     wait.until(lambda d: len(d.find_elements(By.CSS_SELECTOR, "#study-table tbody tr")) == 3)
     wait.until(lambda d: loaded(d, "study-scatter"))
+    if driver.find_element(By.ID, "project").text != "study":
+        fail("the study's header names " + driver.find_element(By.ID, "project").text)
 
     def column(n):
         try:
