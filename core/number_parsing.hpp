@@ -46,11 +46,11 @@ struct Exact<double> {
 template <class T>
 struct ExactScale {
     static constexpr int n = 2 * Exact<T>::max_pow + 1;
-    static constexpr auto make(bool up) {
+    static constexpr auto make(bool upward) {
         std::array<T, n> t{};
         for (int k = -Exact<T>::max_pow; k <= Exact<T>::max_pow; ++k)
             t[static_cast<std::size_t>(k + Exact<T>::max_pow)] =
-                (k >= 0) == up ? Exact<T>::pow10[k >= 0 ? k : -k] : T(1);
+                (k >= 0) == upward ? Exact<T>::pow10[k >= 0 ? k : -k] : T(1);
         return t;
     }
     static constexpr std::array<T, n> up = make(true), down = make(false);
