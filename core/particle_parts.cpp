@@ -1,13 +1,9 @@
 // A particle file read in parts, a thread each: where the parts begin, the
 // lines of one part, and the first bad line in file order named as the
 // single stream would name it; and the statistics of a file read so.
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <exception>
 #include <system_error>
 #include <thread>
@@ -21,46 +17,6 @@ namespace {
 constexpr std::uint64_t kPartBytes = 1 << 18;  // less is not worth a thread
 constexpr int kMaxParts = 8;                   // threads, and their buffers, at most
 constexpr std::size_t kBatch = 512;            // particles handed over at a time
-
-// An open descriptor, closed on every way out.
-struct Fd {
-    int fd = -1;
-    ~Fd() {
-        if (fd >= 0) ::close(fd);
-    }
-};
-
-// Reads up to n bytes at `at`; fewer only at the end of the file.
-std::size_t read_at(int fd, char* to, std::size_t n, std::uint64_t at, const std::string& name) {
-    ssize_t got;
-    do {
-        got = ::pread(fd, to, n, static_cast<off_t>(at));
-    } while (got < 0 && errno == EINTR);
-    if (got < 0) throw ParticleError(name + ": read error: " + std::strerror(errno));
-    return static_cast<std::size_t>(got);
-}
-
-// The offset just past the `lines`-th line end from `at`, or `size` when the
-// file has fewer. With lines 1 and at > 0 it is where the line holding
-// byte at - 1 ends: the first line that begins at or after `at`.
-std::uint64_t after_lines(int fd, std::uint64_t at, long lines, std::uint64_t size, const std::string& name) {
-    char b[4096];
-    while (lines > 0 && at < size) {
-        const std::size_t got =
-            read_at(fd, b, static_cast<std::size_t>(std::min<std::uint64_t>(sizeof b, size - at)), at, name);
-        if (got == 0) return size;
-        const char* p = b;
-        const char* const e = b + got;
-        while (lines > 0) {
-            const void* nl = std::memchr(p, '\n', static_cast<std::size_t>(e - p));
-            if (!nl) break;
-            p = static_cast<const char*>(nl) + 1;
-            --lines;
-        }
-        at += lines > 0 ? got : static_cast<std::uint64_t>(p - b);
-    }
-    return std::min(at, size);
-}
 
 bool blank(std::string_view line) {
     return line.find_first_not_of(" \t\r") == std::string_view::npos;
@@ -144,21 +100,20 @@ void ParticleReader::read_part(int k, std::uint64_t begin, std::uint64_t end, co
 
 void ParticleReader::read_in_parts(int parts, const PartSink& take) {
     parts = std::clamp(parts, 1, kMaxParts);
-    Fd f{::open(name().c_str(), O_RDONLY | O_CLOEXEC)};
     struct stat st {};
-    if (f.fd < 0 || ::fstat(f.fd, &st) != 0)
+    if (::stat(name().c_str(), &st) != 0)
         throw ParticleError(name() + ": cannot be opened as a particle file");
     const auto size = static_cast<std::uint64_t>(std::max<off_t>(st.st_size, 0));
     // Part 0 begins past the reference particle, which it hands out first;
     // every other part at the first line that begins in its share.
     std::vector<std::uint64_t> at(static_cast<std::size_t>(parts) + 1, size);
-    at[0] = after_lines(f.fd, 0, ref_line_, size, name());
+    at[0] = std::min(line_after(name(), 0, ref_line_), size);
     for (int k = 1; k < parts; ++k) {
         const std::uint64_t share =
             at[0] + (size - at[0]) / static_cast<std::uint64_t>(parts) * static_cast<std::uint64_t>(k);
         at[static_cast<std::size_t>(k)] =
             std::max(at[static_cast<std::size_t>(k) - 1],
-                     share > at[0] ? after_lines(f.fd, share - 1, 1, size, name()) : at[0]);
+                     share > at[0] ? std::min(line_after(name(), share - 1), size) : at[0]);
     }
     std::vector<PartEnd> ends(static_cast<std::size_t>(parts));
     std::atomic<int> first_bad{parts};

@@ -48,8 +48,8 @@ public:
 
     bool open(const std::string& path);  // false if it cannot be opened or is a directory
     // Only the bytes [from, to) of the file, as if they were all of it: a
-    // piece of a large table read beside the other pieces. Line numbers count
-    // from the piece's start.
+    // piece of a large table read beside the other pieces (where the pieces
+    // begin: line_after). Line numbers count from the piece's start.
     bool open(const std::string& path, std::uint64_t from, std::uint64_t to);
     void close();
     bool is_open() const { return fd_ >= 0; }
@@ -76,6 +76,12 @@ private:
     std::uint64_t from_ = 0, to_ = UINT64_MAX;  // the piece of the file
     std::uint64_t pos_ = 0;                     // where the next read starts
 };
+
+// Where a piece of a file that is to begin at byte `at` begins on a line:
+// the offset just past the `lines`-th line end at or after `at`, or the
+// file's size when there are fewer. Throws RecordError when the file cannot
+// be read.
+std::uint64_t line_after(const std::string& path, std::uint64_t at, long lines = 1);
 
 // Fixed record: `reals.size()` fields of `width` columns (E12.4 reading
 // rules), optionally followed by an `L3` truth field. Takes exactly one line:

@@ -106,6 +106,37 @@ bool TableFile::fill() {
     return true;
 }
 
+std::uint64_t line_after(const std::string& path, std::uint64_t at, long lines) {
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    struct stat st {};
+    if (fd < 0 || ::fstat(fd, &st) != 0) {
+        if (fd >= 0) ::close(fd);
+        throw RecordError(path, 0, 0, "cannot be opened");
+    }
+    const auto size = static_cast<std::uint64_t>(std::max<off_t>(st.st_size, 0));
+    char b[4096];
+    while (lines > 0 && at < size) {
+        ssize_t got;
+        while ((got = ::pread(fd, b, sizeof b, static_cast<off_t>(at))) < 0 && errno == EINTR) {
+        }
+        if (got <= 0) {
+            const int error = got < 0 ? errno : 0;
+            ::close(fd);
+            if (error) throw RecordError(path, 0, 0, std::string("read error: ") + std::strerror(error));
+            return size;  // the file has shrunk
+        }
+        const char* p = b;
+        const char* const e = b + got;
+        for (const void* nl; lines > 0 && (nl = std::memchr(p, '\n', static_cast<std::size_t>(e - p)));) {
+            p = static_cast<const char*>(nl) + 1;
+            --lines;
+        }
+        at += lines > 0 ? static_cast<std::uint64_t>(got) : static_cast<std::uint64_t>(p - b);
+    }
+    ::close(fd);
+    return std::min(at, size);
+}
+
 bool TableFile::next_line(std::string_view& line) {
     if (fd_ < 0) return false;
     std::size_t scanned = begin_;  // bytes before this are known to hold no line end

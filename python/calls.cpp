@@ -6,7 +6,6 @@
 #include <cstring>
 #include <ctime>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <thread>
 
@@ -165,30 +164,14 @@ bool read_piece(TableFile& f, const RunKind& k, PackedTable& t) {
     return f.line_number() == lines;
 }
 
-// The first byte after the line end at or after `mid`; 0 when there is none.
-std::uint64_t line_start_after(const std::string& path, std::uint64_t mid) {
-    std::ifstream in(path, std::ios::binary);
-    in.seekg(static_cast<std::streamoff>(mid));
-    std::uint64_t at = mid;
-    for (char ch; in.get(ch); ++at)
-        if (ch == '\n') return at + 1;
-    return 0;
-}
-
 constexpr std::uint64_t kSplitAbove = 4u << 20;  // smaller tables are read at once
 
-// Bytes of packed rows for `bytes` of the file, guessed from its first line
-// (records are one line of much the same length), so that the rows grow
-// without copies: growing a vector of 10^6 rows copies it a dozen times.
-std::size_t packed_guess(const std::string& path, std::uint64_t bytes, std::size_t itemsize) {
-    std::ifstream in(path, std::ios::binary);
-    char b[4096];
-    in.read(b, sizeof b);
-    const auto got = static_cast<std::size_t>(in.gcount());
-    const void* nl = std::memchr(b, '\n', got);
-    if (!nl) return 0;
-    const auto line = static_cast<std::uint64_t>(static_cast<const char*>(nl) - b) + 1;
-    return static_cast<std::size_t>(std::min<std::uint64_t>(bytes / line + 16, std::uint64_t{1} << 28)) *
+// Bytes of packed rows for `bytes` of a file whose first line takes `line`
+// bytes (records are one line of much the same length), so that the rows
+// grow without copies: growing a vector of 10^6 rows copies it a dozen times.
+std::size_t packed_guess(std::uint64_t bytes, std::uint64_t line, std::size_t itemsize) {
+    return static_cast<std::size_t>(std::min<std::uint64_t>(bytes / std::max<std::uint64_t>(line, 1) + 16,
+                                                            std::uint64_t{1} << 28)) *
            itemsize;
 }
 
@@ -213,11 +196,12 @@ PackedTable read_table(const std::string& dir, const std::string& project, int r
     try {
         // A large table in two pieces, one a core; the second joins the
         // first when the first ended on a record's end, else all is read again.
-        const std::uint64_t cut = !ec && size > kSplitAbove ? line_start_after(path, size / 2) : 0;
-        if (!ec) t.bytes.reserve(packed_guess(path, size, t.itemsize));
+        const std::uint64_t cut = !ec && size > kSplitAbove ? line_after(path, size / 2) : 0;
+        const std::uint64_t line = ec ? 0 : line_after(path, 0);
+        if (!ec) t.bytes.reserve(packed_guess(size, line, t.itemsize));
         if (cut > 0 && cut < size) {
             PackedTable second = t;
-            second.bytes.reserve(packed_guess(path, size - cut, t.itemsize));
+            second.bytes.reserve(packed_guess(size - cut, line, t.itemsize));
             std::exception_ptr failed;
             long first_lines = 0;
             std::thread other([&] {
