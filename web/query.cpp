@@ -57,14 +57,6 @@ bool pair_of(std::string_view t, char mark, float& a, float& b) {
     return at != std::string_view::npos && real(t.substr(0, at), a) && real(t.substr(at + 1), b);
 }
 
-// A run of the study by its place in /api/study.
-int study_id(std::string_view t) {
-    int id = -1;
-    if (t.size() > 6 || t.find_first_not_of("0123456789") != std::string_view::npos || !whole(t, id))
-        bad("a run of the study is named by its id in /api/study, not \"" + std::string(t) + "\"");
-    return id;
-}
-
 // Reads a parameter both kinds of request take; false when `key` is none of them.
 bool shared_param(const std::string& key, const std::string& value, SharedOptions& o) {
     if (key == "run") {
@@ -118,6 +110,13 @@ int parse_run(std::string_view text) {
     if (text.size() > 3 || text.find_first_not_of("0123456789") != std::string_view::npos || !whole(text, n))
         bad("run takes a number from 0 to 999, not \"" + std::string(text) + "\"");
     return n;
+}
+
+int study_id(std::string_view t) {
+    int id = -1;
+    if (t.size() > 6 || t.find_first_not_of("0123456789") != std::string_view::npos || !whole(t, id))
+        bad("a run of the study is named by its id in /api/study, not \"" + std::string(t) + "\"");
+    return id;
 }
 
 PlotQuery parse_plot_query(std::string_view path, const Params& params) {

@@ -104,6 +104,8 @@ StudyQuery parse_study_query(std::string_view path, const Params& params);
 
 // A run number parameter, 0 to 999; throws QueryError (400).
 int parse_run(std::string_view text);
+// A run of the study by its id in /api/study; throws QueryError (400).
+int study_id(std::string_view t);
 
 // The content type of an answer.
 const char* content_type(Answer a);

@@ -111,7 +111,7 @@ void Server::event_routes() {
             return signature(t.dir, t.project, {t.run}, false) +
                    states(particles_of(t.dir, t.project, t.run));
         };
-        const int id = std::stoi(req.get_param_value("study"));
+        const int id = study_id(req.get_param_value("study"));
         StudyWatch& tree = this->tree();
         stream(*http_, res,
                {[&tree, t](std::uint64_t seen) { return tree.wait(t.folder, seen, kStillHere); },

@@ -195,8 +195,7 @@ std::shared_ptr<const Study> Server::study() {
 Server::Target Server::target(const httplib::Request& req) {
     if (!req.has_param("study")) return {served_.dir, served_.project, run_of(req, served_.run), {}, {}};
     if (req.has_param("run")) throw QueryError(400, "run and study each name the run: ask with one");
-    const PlotQuery q = parse_plot_query("/api/plot/1:2.png", {{"study", req.get_param_value("study")}});
-    const StudyRun& r = study_run(*study(), q.study);  // the study is kept by its watch
+    const StudyRun& r = study_run(*study(), study_id(req.get_param_value("study")));  // kept by the watch
     return {r.dir(), r.project, r.run, r.folder, item_of(r) + "," + run_digits(r.run)};
 }
 
