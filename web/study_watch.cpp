@@ -1,8 +1,6 @@
 // The watch over the study's folder tree.
 #include "web/study_watch.hpp"
 
-#include <fcntl.h>
-#include <poll.h>
 #include <sys/inotify.h>
 #include <unistd.h>
 
@@ -41,11 +39,9 @@ struct StudyWatch::Pass {
     bool changed = false;  // a folder with runs went
 };
 
-StudyWatch::StudyWatch(std::string root, bool poll) : root_(std::move(root)), polling_(poll) {
-    if (!polling_) {
-        inotify_ = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-        if (inotify_ < 0 || ::pipe2(wake_, O_CLOEXEC) < 0) polling_ = true;
-    }
+StudyWatch::StudyWatch(std::string root, bool poll)
+    : root_(std::move(root)), polling_(poll), inotify_(!poll) {
+    if (!inotify_.ready()) polling_ = true;
     catch_up(Refresh::all);
     thread_ = std::thread([this] { loop(); });
 }
@@ -53,8 +49,6 @@ StudyWatch::StudyWatch(std::string root, bool poll) : root_(std::move(root)), po
 StudyWatch::~StudyWatch() {
     stop();
     thread_.join();
-    for (int fd : {inotify_, wake_[0], wake_[1]})
-        if (fd >= 0) ::close(fd);
 }
 
 void StudyWatch::stop() {
@@ -64,7 +58,7 @@ void StudyWatch::stop() {
         stopping_ = true;
     }
     cv_.notify_all();
-    if (wake_[1] >= 0) (void)!::write(wake_[1], "x", 1);
+    inotify_.wake();
 }
 
 std::shared_ptr<const Study> StudyWatch::study() {
@@ -108,7 +102,7 @@ void StudyWatch::track(const std::string& folder) {
     f.real = fs::canonical(path, ec).string();
     if (polling_) return;
     // A folder already watched gives its own descriptor back; one made anew under its name, another.
-    const int wd = ::inotify_add_watch(inotify_, path.c_str(), kMask);
+    const int wd = ::inotify_add_watch(inotify_.fd(), path.c_str(), kMask);
     if (wd < 0) {
         polling_ = true;  // more folders than the system lets one watch
         return;
@@ -136,7 +130,7 @@ void StudyWatch::drop(const std::string& folder, Pass& pass) {
             continue;
         }
         if (at->second.wd >= 0) {
-            ::inotify_rm_watch(inotify_, at->second.wd);  // gone with its folder already, or moved away
+            ::inotify_rm_watch(inotify_.fd(), at->second.wd);  // gone with its folder already, or moved away
             wds_.erase(at->second.wd);
         }
         seen_.erase(at->second.real);
@@ -173,7 +167,7 @@ void StudyWatch::catch_up(Refresh how) {
     Pass pass;
     bool whole = how == Refresh::all;
     alignas(inotify_event) char events[1 << 14];
-    for (ssize_t n; !polling_ && (n = ::read(inotify_, events, sizeof events)) > 0;) {
+    for (ssize_t n; !polling_ && (n = ::read(inotify_.fd(), events, sizeof events)) > 0;) {
         for (const char* p = events; p < events + n;) {
             const auto* e = reinterpret_cast<const inotify_event*>(p);
             p += sizeof(inotify_event) + e->len;
@@ -250,12 +244,11 @@ void StudyWatch::loop() {
         } else {
             const auto wait =
                 std::chrono::duration_cast<std::chrono::milliseconds>(until - steady_clock::now());
-            pollfd fds[] = {{wake_[0], POLLIN, 0}, {inotify_, POLLIN, 0}};
-            ::poll(fds, 2, static_cast<int>(std::clamp<long long>(wait.count() + 1, 0, 60'000)));
-            if (fds[0].revents) return;
-            if (fds[1].revents) {
-                pollfd wake{wake_[0], POLLIN, 0};
-                if (::poll(&wake, 1, kBurstMs) > 0) return;
+            const Inotify::Waited got =
+                inotify_.wait(static_cast<int>(std::clamp<long long>(wait.count() + 1, 0, 60'000)));
+            if (got == Inotify::Waited::woken) return;
+            if (got == Inotify::Waited::events) {
+                if (inotify_.woken_within(kBurstMs)) return;
                 catch_up(Refresh::events);
             }
         }

@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "core/study.hpp"
+#include "web/inotify.hpp"
 
 namespace viewer::web {
 
@@ -74,7 +75,7 @@ private:
 
     const std::string root_;
     std::atomic<bool> polling_;
-    int inotify_ = -1, wake_[2] = {-1, -1};
+    Inotify inotify_;
     StudyCache cache_;
 
     std::mutex work_;  // one catch-up at a time, the thread's or a request's; guards what follows

@@ -1,11 +1,8 @@
 // The directory watch.
 #include "web/watch.hpp"
 
-#include <fcntl.h>
-#include <poll.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <filesystem>
 
@@ -70,23 +67,16 @@ std::string signature(const std::string& dir, const std::string& project, const 
 }
 
 Watcher::Watcher(std::string dir, std::string project, bool poll)
-    : dir_(std::move(dir)), project_(std::move(project)), polling_(poll) {
-    if (!polling_) {
-        inotify_ = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-        const auto mask =
-            IN_MODIFY | IN_CLOSE_WRITE | IN_CREATE | IN_DELETE | IN_MOVED_TO | IN_MOVED_FROM | IN_ATTRIB;
-        if (inotify_ < 0 || ::inotify_add_watch(inotify_, dir_.c_str(), mask) < 0 ||
-            ::pipe2(wake_, O_CLOEXEC) < 0)
-            polling_ = true;
-    }
+    : dir_(std::move(dir)), project_(std::move(project)), polling_(poll), inotify_(!poll) {
+    const auto mask =
+        IN_MODIFY | IN_CLOSE_WRITE | IN_CREATE | IN_DELETE | IN_MOVED_TO | IN_MOVED_FROM | IN_ATTRIB;
+    if (!inotify_.ready() || ::inotify_add_watch(inotify_.fd(), dir_.c_str(), mask) < 0) polling_ = true;
     thread_ = std::thread([this] { loop(); });
 }
 
 Watcher::~Watcher() {
     stop();
     thread_.join();
-    for (int fd : {inotify_, wake_[0], wake_[1]})
-        if (fd >= 0) ::close(fd);
 }
 
 void Watcher::stop() {
@@ -96,7 +86,7 @@ void Watcher::stop() {
         stopping_ = true;
     }
     cv_.notify_all();
-    if (wake_[1] >= 0) (void)!::write(wake_[1], "x", 1);
+    inotify_.wake();
 }
 
 void Watcher::look(int run) {
@@ -132,14 +122,10 @@ void Watcher::loop() {
             std::unique_lock lock(m_);
             if (cv_.wait_for(lock, std::chrono::seconds(1), [&] { return stopping_; })) return;
         } else {
-            pollfd fds[] = {{inotify_, POLLIN, 0}, {wake_[0], POLLIN, 0}};
             // A second at most, so that a change inotify misses (a network
             // file system) is still seen.
-            ::poll(fds, 2, 1000);
-            if (fds[1].revents) return;
-            alignas(inotify_event) char events[1 << 14];
-            while (::read(inotify_, events, sizeof events) > 0) {
-            }
+            if (inotify_.wait(1000) == Inotify::Waited::woken) return;
+            inotify_.drain();
             std::lock_guard lock(m_);
             if (stopping_) return;
         }

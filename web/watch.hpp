@@ -13,6 +13,8 @@
 #include <thread>
 #include <vector>
 
+#include "web/inotify.hpp"
+
 namespace viewer::web {
 
 // One table of a run as the directory holds it now.
@@ -65,7 +67,7 @@ private:
 
     std::string dir_, project_;
     bool polling_;
-    int inotify_ = -1, wake_[2] = {-1, -1};
+    Inotify inotify_;
     std::mutex m_;
     std::condition_variable cv_;
     std::map<int, std::string> seen_;  // signature of each run asked about
